@@ -1,0 +1,14 @@
+/*
+ * KorvelBase: umbrella header including every public header of the library.
+ */
+#ifndef KORVELBASE_KORVELBASE_H
+#define KORVELBASE_KORVELBASE_H
+
+#include "korvelbase/types.h"
+#include "korvelbase/constants.h"
+#include "korvelbase/compare.h"
+#include "korvelbase/convert.h"
+#include "korvelbase/mem.h"
+#include "korvelbase/blockarray.h"
+
+#endif /* KORVELBASE_KORVELBASE_H */
