@@ -10,5 +10,12 @@
 #include "korvelbase/convert.h"
 #include "korvelbase/mem.h"
 #include "korvelbase/blockarray.h"
+#include "korvelbase/utmat.h"
+#include "korvelbase/conversion.h"
+#include "korvelbase/qmmath.h"
+#include "korvelbase/qmstring.h"
+#include "korvelbase/dynarray.h"
+#include "korvelbase/linkedlist.h"
+#include "korvelbase/strlist.h"
 
 #endif /* KORVELBASE_KORVELBASE_H */
