@@ -45,7 +45,10 @@ bool resizeByDelta(void** storage, int elementSize, int* count, int delta, int b
         resized = qmMem_realloc(*storage, bytes);
     }
     if (resized == nullptr) {
-        if (onFailure == OnReallocFailure::StoreNull) *storage = nullptr;
+        if (onFailure == OnReallocFailure::ReleaseAndStoreNull) {
+            qmMem_free(*storage);
+            *storage = nullptr;
+        }
         return false;
     }
     *storage = resized;

@@ -19,7 +19,9 @@ std::int64_t blockCapacity(std::int64_t count, int blockSize) noexcept;
 bool storageBytes(std::int64_t capacity, int elementSize, std::size_t* bytes) noexcept;
 
 // What a failed reallocation leaves in the caller's storage pointer.
-enum class OnReallocFailure { KeepOldStorage, StoreNull };
+// KeepOldStorage leaves the old block in place; ReleaseAndStoreNull frees it and leaves null,
+// so the storage reads as lost without the block being leaked.
+enum class OnReallocFailure { KeepOldStorage, ReleaseAndStoreNull };
 
 // The resize-by-delta step behind every growth and shrink of non-empty storage:
 //  1. new count = count + delta, stored in *count at once;
