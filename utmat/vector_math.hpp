@@ -9,9 +9,11 @@
 
 namespace kb::utmat {
 
-// The factor of the kernel's relative near-zero guards: the double nearest to 1e-39.  It is
-// neither the calculation precision nor the distance tolerance.
-constexpr double kNearZeroFactor = 1e-39;
+// The factor of the kernel's relative near-zero guards, 1.0000000000000001e-39 (bits
+// 0x37D5C72FB1552D84): one unit in the last place above the literal 1e-39, so it is written
+// in hexadecimal to pin the exact value.  It is neither the calculation precision nor the
+// distance tolerance.
+constexpr double kNearZeroFactor = 0x1.5c72fb1552d84p-130;
 
 inline double norm(const Point2d& v) noexcept { return std::sqrt(v.x * v.x + v.y * v.y); }
 

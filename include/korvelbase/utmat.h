@@ -14,6 +14,8 @@
  *    positive on the side the normal (a, b) points to.  A line built from P0 to P1 has the
  *    normal (y1 - y0, x0 - x1): its positive side is the RIGHT of the direction of travel.
  *    Operations accept un-normalised lines unless they say otherwise.
+ *  - The near-zero guards written "1e-39" below use the double 0x1.5c72fb1552d84p-130
+ *    (1.0000000000000001e-39), a relative factor, signed where the formula is signed.
  *  - The kernel state is not guarded: use the kernel from one thread at a time.
  */
 #ifndef KORVELBASE_UTMAT_H
@@ -246,9 +248,10 @@ KB_API double UTMAT_CalculerAngleV1V2(const Point2d* v1, const Point2d* v2) KB_N
  *  in [0, 2*pi). */
 KB_API void UTMAT_CalculerAngleD1D2(const UtDroite* d1, const UtDroite* d2, double* out) KB_NOEXCEPT;
 /**
- * Unit bisector of the smaller angle between v1 and v2 (u1 + u2 normalised, negated when v2 is
- * clockwise of v1).  Parallel (cross product within the calculation precision): u1 when they
- * point the same way, u1 turned a quarter turn counter-clockwise when opposite.
+ * Unit bisector of the counter-clockwise sweep from v1 to v2: u1 + u2 normalised, negated when
+ * v2 is clockwise of v1 (the sweep then exceeds a half turn).  Parallel (cross product of the
+ * unit vectors within the calculation precision): u1 when they point the same way, u1 turned
+ * a quarter turn counter-clockwise when opposite.
  */
 KB_API void UTMAT_CalculerBissectriceV1V2(const Point2d* v1, const Point2d* v2,
                                           Point2d* out) KB_NOEXCEPT;
