@@ -1,0 +1,151 @@
+// Circles of the plane-mathematics family: projection on a circle, line-circle and
+// circle-circle intersections, tangents from a point and the circle through three points.
+#include <cmath>
+#include <utility>
+
+#include "korvelbase/constants.h"
+#include "korvelbase/conversion.h"
+#include "korvelbase/qmmath.h"
+#include "korvelbase/types.h"
+
+namespace {
+
+// Radius reported for three collinear points: a straight is a circle of "infinite" radius.
+constexpr double kCollinearRadius = 1e100;
+
+constexpr int kCoincidentCircles = 2;
+constexpr int kTangentPointsFromOutside = 2;
+
+void writeOptional(double* out, double value) noexcept {
+    if (out) *out = value;
+}
+
+void writePoint(double* x, double* y, double px, double py) noexcept {
+    writeOptional(x, px);
+    writeOptional(y, py);
+}
+
+// Azimuth of the direction from point 1 to point 2 (the conversion is its own inverse).
+double azimuthBetween(double x1, double y1, double x2, double y2) noexcept {
+    return qmConversion_azimuthToDirection(qmMath_direction2d(x1, y1, x2, y2));
+}
+
+}  // namespace
+
+extern "C" {
+
+int qmMath_projectPointOnCircle2d(double* x, double* y, double* angle, double px, double py,
+                                  double cx, double cy, double radius) noexcept {
+    const double t = std::atan2(py - cy, px - cx);
+    writePoint(x, y, cx + radius * std::cos(t), cy + radius * std::sin(t));
+    writeOptional(angle, t);
+    return 0;
+}
+
+int qmMath_calculateIntersectionLineCircle2d(double* x1, double* y1, double* x2, double* y2,
+                                             int* count, double a, double b, double c, double cx,
+                                             double cy, double radius, double tol) noexcept {
+    if (!count) return ERR_FAILURE;
+    const double norm = std::sqrt(a * a + b * b);
+    if (norm == 0.0) return ERR_FAILURE;  // a = b = 0 (or both underflow when squared): no line
+    // Normalised equation: a'x + b'y + c' is the signed distance, (-b', a') the unit tangent.
+    const double k = 1.0 / norm;
+    const double an = a * k, bn = b * k, cn = c * k;
+    // A point of the line on the axis it crosses most steeply.
+    double ox = 0.0, oy = 0.0;
+    if (std::fabs(bn) < std::fabs(an)) {
+        ox = -cn / an;
+    } else {
+        if (bn == 0.0) return ERR_FAILURE;  // both components underflowed
+        oy = -cn / bn;
+    }
+    const double tx = -bn, ty = an;
+    double fx = 0.0, fy = 0.0, offset = 0.0;
+    qmMath_projectOnLineDefinedByPointAndTangent2d(&fx, &fy, nullptr, &offset, cx, cy, ox, oy, tx,
+                                                   ty);
+    const double h0 = std::fabs(offset);
+    if (h0 - radius > tol) {
+        *count = 0;
+    } else if (h0 - radius >= -tol) {
+        *count = 1;
+        writePoint(x1, y1, fx, fy);
+    } else {
+        *count = 2;
+        const double h = std::sqrt(radius * radius - h0 * h0);
+        writePoint(x1, y1, fx + h * tx, fy + h * ty);
+        writePoint(x2, y2, fx - h * tx, fy - h * ty);
+    }
+    return 0;
+}
+
+int qmMath_calculateIntersectionCircleCircle2d(double* x1, double* y1, double* x2, double* y2,
+                                               int* count, double cx1, double cy1, double r1,
+                                               double cx2, double cy2, double r2,
+                                               double tol) noexcept {
+    if (!count) return ERR_FAILURE;
+    *count = 0;
+    const double dx = cx2 - cx1, dy = cy2 - cy1;
+    const double d = std::sqrt(dx * dx + dy * dy);
+    if (d > tol) {
+        // Radical line: subtracting the two circle equations leaves
+        // dx*(x - cx1) + dy*(y - cy1) = (d^2 + r1^2 - r2^2)/2.
+        const double c = -(dx * cx1 + dy * cy1) - (d * d + r1 * r1 - r2 * r2) / 2.0;
+        return qmMath_calculateIntersectionLineCircle2d(x1, y1, x2, y2, count, dx, dy, c, cx1,
+                                                        cy1, r1, tol);
+    }
+    return qmUtil_equalDouble(r1, r2, tol) ? kCoincidentCircles : 0;
+}
+
+int qmMath_lineTangentToCircleByPoint(double* xl, double* yl, double* xr, double* yr, double cx,
+                                      double cy, double radius, double px, double py,
+                                      double tol) noexcept {
+    writePoint(xl, yl, px, py);
+    writePoint(xr, yr, px, py);
+    const double d = qmMath_distance2d(px, py, cx, cy);
+    if (radius > d) return ERR_FAILURE;  // P inside the circle: no tangent
+    if (radius == d) return 0;           // P on the circle: both tangent points are P
+    // The tangent points see C and P at a right angle, so they lie on the circle about P of
+    // radius sqrt(d^2 - r^2) (Pythagoras in the triangle C, T, P).
+    double ax = 0.0, ay = 0.0, bx = 0.0, by = 0.0;
+    int found = 0;
+    const double reach = std::sqrt(d * d - radius * radius);
+    const int status = qmMath_calculateIntersectionCircleCircle2d(&ax, &ay, &bx, &by, &found, cx,
+                                                                  cy, radius, px, py, reach, tol);
+    if (status != 0 || found != kTangentPointsFromOutside) return ERR_FAILURE;
+    if (qmMath_sideOfLine2d(ax, ay, px, py, cx, cy) != -1) {
+        std::swap(ax, bx);
+        std::swap(ay, by);
+    }
+    writePoint(xl, yl, ax, ay);
+    writePoint(xr, yr, bx, by);
+    return 0;
+}
+
+int qmMath_computeCurveRadiusFromThreePoints(double x1, double y1, double x2, double y2,
+                                             double x3, double y3, double* cx, double* cy,
+                                             double* radius) noexcept {
+    const double az21 = azimuthBetween(x2, y2, x1, y1);
+    const double az23 = azimuthBetween(x2, y2, x3, y3);
+    const double az13 = azimuthBetween(x1, y1, x3, y3);
+    // Clockwise angle at P2 from the ray towards P1 to the ray towards P3; pi for a straight.
+    const double turn = qmMath_angleRightBetweenAzimuths(az21, az23);
+    if (turn == dc_pi) {
+        writeOptional(radius, kCollinearRadius);
+        return 0;
+    }
+    // Inscribed angle theorem: the chord P1P3 subtends pi - |turn - pi| at P2 on the circle.
+    const double r = qmMath_distance2d(x1, y1, x3, y3) / (2.0 * std::sin(std::fabs(turn - dc_pi)));
+    double azimuthToCentre =
+        turn > dc_pi ? 1.5 * dc_pi + az13 - turn : az13 - (turn - dc_piover2);
+    if (azimuthToCentre < 0.0) {
+        azimuthToCentre += dc_2pi;
+    } else if (azimuthToCentre > dc_2pi) {
+        azimuthToCentre -= dc_2pi;
+    }
+    writeOptional(radius, r);
+    qmMath_locateByDistanceDirection2d(cx, cy, x1, y1, r,
+                                       qmConversion_azimuthToDirection(azimuthToCentre));
+    return 0;
+}
+
+}  // extern "C"
