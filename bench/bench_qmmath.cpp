@@ -27,8 +27,9 @@ void BM_IntersectLineWithLine2d(benchmark::State& state) {
     std::size_t i = 0;
     for (auto _ : state) {
         double x = 0.0, y = 0.0;
-        const int status = qmMath_intersectLineWithLine2d(&x, &y, c[i], c[i + 1], c[i + 2], c[i + 3],
-                                                          c[i + 4], c[i + 5], c[i + 6], c[i + 7]);
+        const int status = qmMath_intersectLineWithLine2d(&x, &y, c[i], c[i + 1], c[i + 2],
+                                                          c[i + 3], c[i + 4], c[i + 5], c[i + 6],
+                                                          c[i + 7]);
         benchmark::DoNotOptimize(status);
         benchmark::DoNotOptimize(x);
         benchmark::DoNotOptimize(y);
@@ -50,7 +51,8 @@ void BM_SolveCubicWithThreeRoots(benchmark::State& state) {
     std::size_t i = 0;
     for (auto _ : state) {
         double roots[3];
-        const int count = qmMath_solvePolynomialEquation(polys[i & (kInputs - 1)].data(), roots, 1e-12);
+        const double* poly = polys[i & (kInputs - 1)].data();
+        const int count = qmMath_solvePolynomialEquation(poly, roots, 1e-12);
         benchmark::DoNotOptimize(count);
         benchmark::DoNotOptimize(roots);
         ++i;
@@ -80,10 +82,11 @@ void BM_CurveRadiusFromThreePoints(benchmark::State& state) {
     }
     std::size_t i = 0;
     for (auto _ : state) {
-        const std::size_t a = i & (kInputs - 1), b = (i + 1) & (kInputs - 1), c = (i + 2) & (kInputs - 1);
+        const std::size_t a = i & (kInputs - 1), b = (i + 1) & (kInputs - 1);
+        const std::size_t c = (i + 2) & (kInputs - 1);
         double cx = 0.0, cy = 0.0, radius = 0.0;
-        const int status = qmMath_computeCurveRadiusFromThreePoints(xs[a], ys[a], xs[b], ys[b], xs[c],
-                                                                    ys[c], &cx, &cy, &radius);
+        const int status = qmMath_computeCurveRadiusFromThreePoints(
+            xs[a], ys[a], xs[b], ys[b], xs[c], ys[c], &cx, &cy, &radius);
         benchmark::DoNotOptimize(status);
         benchmark::DoNotOptimize(radius);
         benchmark::DoNotOptimize(cx);

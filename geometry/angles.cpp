@@ -42,9 +42,9 @@ std::uint32_t wrappedProductDown(std::int64_t hi, std::int64_t lo) noexcept {
 
 // The wrapped 32-bit pattern read back as a signed 32-bit integer (two's complement).
 double asSigned32(std::uint32_t bits) noexcept {
-    const std::int64_t value = bits <= 0x7fffffffu ? static_cast<std::int64_t>(bits)
-                                                   : static_cast<std::int64_t>(bits) - 0x100000000LL;
-    return static_cast<double>(value);
+    constexpr std::int64_t kTwoToThe32 = 0x100000000LL;
+    const std::int64_t value = static_cast<std::int64_t>(bits);
+    return static_cast<double>(bits <= 0x7fffffffu ? value : value - kTwoToThe32);
 }
 
 }  // namespace

@@ -129,7 +129,11 @@ int qmMath_computeCurveRadiusFromThreePoints(double x1, double y1, double x2, do
     const double az13 = azimuthBetween(x1, y1, x3, y3);
     // Clockwise angle at P2 from the ray towards P1 to the ray towards P3; pi for a straight.
     const double turn = qmMath_angleRightBetweenAzimuths(az21, az23);
-    if (turn == dc_pi) {
+    // Collinear points have no circle.  The turn is exactly pi for a straight through P2 only
+    // when the azimuths round favourably, so an exactly zero cross product of the two rays
+    // also counts as collinear (it covers P2 outside P1P3 and coincident points too).
+    const double cross = qmMath_crossProduct2d(x1 - x2, y1 - y2, x3 - x2, y3 - y2);
+    if (turn == dc_pi || cross == 0.0) {
         writeOptional(radius, kCollinearRadius);
         return 0;
     }

@@ -287,9 +287,11 @@ KB_API int qmMath_lineTangentToCircleByPoint(double* xl, double* yl, double* xr,
                                              double py, double tol) KB_NOEXCEPT;
 
 /**
- * Circle through three points (outputs optional).  Collinear points with the middle point
- * between the others (the turn at P2 is exactly pi): radius 1e100 and the centre is not
- * written.  Returns 0.
+ * Circle through three points (outputs optional).  radius = |P1P3| / (2*sin|A - pi|) with A
+ * the clockwise angle at P2 from the ray to P1 to the ray to P3 (inscribed angle theorem);
+ * the centre is found from P1 along the chord's azimuth turned by A.  Collinear points (A
+ * exactly pi, or an exactly zero cross product of P1 - P2 and P3 - P2, which includes
+ * coincident points): radius 1e100 and the centre is not written.  Returns 0.
  */
 KB_API int qmMath_computeCurveRadiusFromThreePoints(double x1, double y1, double x2, double y2,
                                                     double x3, double y3, double* cx,
