@@ -70,22 +70,16 @@ TEST(HeapWrappers, FailureRulesAndUsableSize) {
     EXPECT_EQ(qmMem_getSize(nullptr, &bytes), ERR_FAILURE);
     EXPECT_EQ(bytes, 0u);
 
-    void* block = qmMem_calloc(10, 8);
-    ASSERT_NE(block, nullptr);
-    for (int i = 0; i < 80; ++i) EXPECT_EQ(static_cast<unsigned char*>(block)[i], 0);
-    block = qmMem_realloc(block, 200);
+    void* block = qmMem_realloc(qmMem_calloc(10, 8), 200);
     ASSERT_NE(block, nullptr);
     EXPECT_EQ(qmMem_getSize(block, &bytes), 0);
     EXPECT_GE(bytes, 200u);
     EXPECT_EQ(qmMem_freeAndClear(&block), 0);
     EXPECT_EQ(block, nullptr);
-}
 
-TEST(HeapWrappers, FreeAndClearArraySkipsNullSlots) {
     void* blocks[3] = {qmMem_malloc(8), nullptr, qmMem_malloc(16)};
     EXPECT_EQ(qmMem_freeAndClearArray(blocks, 0), ERR_FAILURE);
-    EXPECT_EQ(qmMem_freeAndClearArray(nullptr, 3), ERR_FAILURE);
-    EXPECT_EQ(qmMem_freeAndClearArray(blocks, 3), 0);
+    EXPECT_EQ(qmMem_freeAndClearArray(blocks, 3), 0);  // the null slot is skipped
     for (void* b : blocks) EXPECT_EQ(b, nullptr);
 }
 
@@ -94,96 +88,49 @@ TEST(HeapWrappers, LargestAllocatableBlockIsBoundedByTheProbe) {
     EXPECT_EQ(qmMem_getMaximumAllocatableHeapMemory(), 64000000u);
 }
 
-TEST_F(BlockArray, CapacityGrowsAndShrinksInStepsOfTen) {
-    append(0);
-    EXPECT_EQ(slotsOf(storage), 1u);  // one element: exactly one slot
-    append(1);
-    EXPECT_EQ(slotsOf(storage), 10u);
-    while (count < 10) append(count);
-    EXPECT_EQ(slotsOf(storage), 10u);
-    append(10);
-    EXPECT_EQ(slotsOf(storage), 20u);
-    // Shrinking back: 11 -> 10 elements returns to ten slots, 2 -> 1 to a single slot.
-    MEM_SupprimerElementDansTableau(&storage, kSlot, &count, 10);
-    EXPECT_EQ(memError(), 0);
-    EXPECT_EQ(slotsOf(storage), 10u);
-    MEM_SupprimerElementsDansTableau(&storage, kSlot, &count, 1, 9);
-    EXPECT_EQ(memError(), 0);
-    EXPECT_EQ(count, 1);
-    EXPECT_EQ(slotsOf(storage), 1u);
-    EXPECT_EQ(values(), std::vector<int>({0}));
-}
-
-TEST_F(BlockArray, CreateZeroesCapacityAndRejectsAnOccupiedPointer) {
+TEST_F(BlockArray, CreateAndResizeFollowTheCapacityRule) {
     MEM_CreerTableau(&storage, kSlot, 13);
     ASSERT_EQ(memError(), 0);
     EXPECT_EQ(slotsOf(storage), 20u);
     for (int i = 0; i < 20; ++i) EXPECT_EQ(valueAt(storage, i), 0);
     void* kept = storage;
-    MEM_CreerTableau(&storage, kSlot, 5);
+    MEM_CreerTableau(&storage, kSlot, 5);  // the pointer is already in use
     EXPECT_EQ(memError(), ERR_FAILURE);
     EXPECT_EQ(storage, kept);
 
-    void* none = nullptr;
-    MEM_CreerTableau(&none, kSlot, 0);
-    EXPECT_EQ(memError(), 0);
-    EXPECT_EQ(none, nullptr);
-}
-
-TEST_F(BlockArray, ResizeFollowsTheCapacityRule) {
-    MEM_CreerTableau(&storage, kSlot, 1);
-    MEM_ModifierTailleTableau(&storage, kSlot, 25);
-    ASSERT_EQ(memError(), 0);
-    EXPECT_EQ(slotsOf(storage), 30u);
     MEM_ModifierTailleTableau(&storage, kSlot, 1);
     EXPECT_EQ(slotsOf(storage), 1u);
-
-    void* none = nullptr;
-    MEM_ModifierTailleTableau(&none, kSlot, 4);
-    EXPECT_EQ(memError(), ERR_FAILURE);
-    EXPECT_EQ(none, nullptr);
-
+    MEM_ModifierTailleTableau(&storage, kSlot, 25);
+    EXPECT_EQ(slotsOf(storage), 30u);
     // Zero elements: the pointer is cleared without releasing, so release first.
     void* owned = storage;
     MEM_ModifierTailleTableau(&storage, kSlot, 0);
     EXPECT_EQ(memError(), 0);
     EXPECT_EQ(storage, nullptr);
     qmMem_free(owned);
+    MEM_ModifierTailleTableau(&storage, kSlot, 4);  // nothing to resize
+    EXPECT_EQ(memError(), ERR_FAILURE);
 }
 
 TEST_F(BlockArray, InsertionOpensAnUnclearedGap) {
-    for (int v = 0; v < 5; ++v) append(v);
+    MEM_InsererElementDansTableau(&storage, kSlot, &count, 0);  // empty: exactly one slot
+    ASSERT_EQ(memError(), 0);
+    EXPECT_EQ(slotsOf(storage), 1u);
+    static_cast<Slot*>(storage)[0] = slotWith(0);
+    for (int v = 1; v < 5; ++v) append(v);
     MEM_InsererElementsDansTableau(&storage, kSlot, &count, 1, 2);
     ASSERT_EQ(memError(), 0);
-    ASSERT_EQ(count, 7);
     // The gap still holds the bytes that were there before the move.
     EXPECT_EQ(values(), std::vector<int>({0, 1, 2, 1, 2, 3, 4}));
 
     MEM_InsererElementDansTableau(&storage, kSlot, &count, count);  // index = count appends
     EXPECT_EQ(memError(), 0);
     EXPECT_EQ(count, 8);
-
-    MEM_InsererElementDansTableau(&storage, kSlot, &count, count + 1);
-    EXPECT_EQ(memError(), ERR_FAILURE);
-    EXPECT_EQ(count, 8);
-    MEM_InsererElementDansTableau(&storage, kSlot, &count, -1);
-    EXPECT_EQ(memError(), ERR_FAILURE);
-    MEM_InsererElementDansTableau(&storage, kSlot, nullptr, 0);
-    EXPECT_EQ(memError(), ERR_FAILURE);
-}
-
-TEST_F(BlockArray, InsertionIntoAnEmptyArrayAllocatesExactlyOneSlotForOneElement) {
-    MEM_InsererElementDansTableau(&storage, kSlot, &count, 0);
-    ASSERT_EQ(memError(), 0);
-    EXPECT_EQ(count, 1);
-    EXPECT_EQ(slotsOf(storage), 1u);
-    EXPECT_EQ(valueAt(storage, 0), 0);
-
-    void* stray = qmMem_malloc(8);
-    int zero = 0;
-    MEM_InsererElementDansTableau(&stray, kSlot, &zero, 0);  // empty count, occupied pointer
-    EXPECT_EQ(memError(), ERR_FAILURE);
-    qmMem_free(stray);
+    for (int bad : {count + 1, -1}) {
+        MEM_InsererElementDansTableau(&storage, kSlot, &count, bad);
+        EXPECT_EQ(memError(), ERR_FAILURE);
+        EXPECT_EQ(count, 8);
+    }
 }
 
 TEST_F(BlockArray, RemovalFailuresAndReleasingTheLastElement) {
@@ -192,7 +139,6 @@ TEST_F(BlockArray, RemovalFailuresAndReleasingTheLastElement) {
     EXPECT_EQ(memError(), ERR_FAILURE);
     MEM_SupprimerElementsDansTableau(&storage, kSlot, &count, 0, -1);
     EXPECT_EQ(memError(), ERR_FAILURE);
-    EXPECT_EQ(count, 1);
     MEM_SupprimerElementDansTableau(&storage, kSlot, &count, 0);
     EXPECT_EQ(memError(), 0);
     EXPECT_EQ(storage, nullptr);
@@ -217,7 +163,7 @@ TEST_F(BlockArray, RandomOperationsAgreeWithAVectorModel) {
     std::mt19937 rng(20261121);
     std::vector<int> model;
     int next = 1;
-    for (int step = 0; step < 4000; ++step) {
+    for (int step = 0; step < 1500; ++step) {
         const int op = static_cast<int>(rng() % 4);
         if (op == 0 || model.empty()) {
             append(next);
