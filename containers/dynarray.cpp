@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "base/block_storage.hpp"
+#include "base/optional_output.hpp"
 #include "korvelbase/dynarray.h"
 #include "korvelbase/mem.h"
 
@@ -134,10 +135,6 @@ private:
     void* owned_ = nullptr;
 };
 
-void storeIfGiven(QmDynArray** out, QmDynArray* array) {
-    if (out != nullptr) *out = array;
-}
-
 }  // namespace
 
 extern "C" {
@@ -149,7 +146,7 @@ int qmDynArray_create(QmDynArray** out, int elementSize) noexcept {
 
 int qmDynArray_createWithMinBlockNumberAllocated(QmDynArray** out, int elementSize,
                                                  int blockSize) noexcept {
-    storeIfGiven(out, nullptr);
+    kb::storeOptional<QmDynArray*>(out, nullptr);
     if (out == nullptr || elementSize < 1 || blockSize < 1) return ERR_FAILURE;
     *out = newArray(elementSize, blockSize);
     return 0;
@@ -224,7 +221,7 @@ void* qmDynArray_getElementAdd(QmDynArray* array, int index) noexcept {
 }
 
 int qmDynArray_clone(QmDynArray** out, const QmDynArray* source) noexcept {
-    storeIfGiven(out, nullptr);
+    kb::storeOptional<QmDynArray*>(out, nullptr);
     if (out == nullptr || source == nullptr) return ERR_FAILURE;
     if (source->count > 0 && source->storage == nullptr) return ERR_FAILURE;
     QmDynArray* copy = newArray(source->elementSize, source->blockSize);

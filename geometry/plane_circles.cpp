@@ -3,6 +3,7 @@
 #include <cmath>
 #include <utility>
 
+#include "base/optional_output.hpp"
 #include "korvelbase/constants.h"
 #include "korvelbase/conversion.h"
 #include "korvelbase/qmmath.h"
@@ -16,13 +17,9 @@ constexpr double kCollinearRadius = 1e100;
 constexpr int kCoincidentCircles = 2;
 constexpr int kTangentPointsFromOutside = 2;
 
-void writeOptional(double* out, double value) noexcept {
-    if (out) *out = value;
-}
-
 void writePoint(double* x, double* y, double px, double py) noexcept {
-    writeOptional(x, px);
-    writeOptional(y, py);
+    kb::storeOptional(x, px);
+    kb::storeOptional(y, py);
 }
 
 // Azimuth of the direction from point 1 to point 2 (the conversion is its own inverse).
@@ -38,7 +35,7 @@ int qmMath_projectPointOnCircle2d(double* x, double* y, double* angle, double px
                                   double cx, double cy, double radius) noexcept {
     const double t = std::atan2(py - cy, px - cx);
     writePoint(x, y, cx + radius * std::cos(t), cy + radius * std::sin(t));
-    writeOptional(angle, t);
+    kb::storeOptional(angle, t);
     return 0;
 }
 
@@ -134,7 +131,7 @@ int qmMath_computeCurveRadiusFromThreePoints(double x1, double y1, double x2, do
     // also counts as collinear (it covers P2 outside P1P3 and coincident points too).
     const double cross = qmMath_crossProduct2d(x1 - x2, y1 - y2, x3 - x2, y3 - y2);
     if (turn == dc_pi || cross == 0.0) {
-        writeOptional(radius, kCollinearRadius);
+        kb::storeOptional(radius, kCollinearRadius);
         return 0;
     }
     // Inscribed angle theorem: the chord P1P3 subtends pi - |turn - pi| at P2 on the circle.
@@ -146,7 +143,7 @@ int qmMath_computeCurveRadiusFromThreePoints(double x1, double y1, double x2, do
     } else if (azimuthToCentre > dc_2pi) {
         azimuthToCentre -= dc_2pi;
     }
-    writeOptional(radius, r);
+    kb::storeOptional(radius, r);
     qmMath_locateByDistanceDirection2d(cx, cy, x1, y1, r,
                                        qmConversion_azimuthToDirection(azimuthToCentre));
     return 0;

@@ -7,6 +7,7 @@
 // positive on the right.
 #include <cmath>
 
+#include "base/optional_output.hpp"
 #include "geometry/plane_math.hpp"
 #include "korvelbase/qmmath.h"
 #include "korvelbase/types.h"
@@ -14,17 +15,14 @@
 namespace {
 
 using kb::plane::divisionPossible;
+using kb::storeOptional;
 
 // Writes the located point into the outputs that are present; fails only when both are absent.
 int writeLocatedPoint(double* x, double* y, double px, double py) noexcept {
     if (!x && !y) return ERR_FAILURE;
-    if (x) *x = px;
-    if (y) *y = py;
+    kb::storeOptional(x, px);
+    kb::storeOptional(y, py);
     return 0;
-}
-
-void writeOptional(double* out, double value) noexcept {
-    if (out) *out = value;
 }
 
 }  // namespace
@@ -73,8 +71,8 @@ int qmMath_projectOnLine2d(double* x, double* y, double* offset, double px, doub
     const double along = (px - x1) * dx + (py - y1) * dy;
     if (!divisionPossible(along, lengthSquared)) return ERR_FAILURE;
     const double t = along / lengthSquared;
-    writeOptional(x, x1 + t * dx);
-    writeOptional(y, y1 + t * dy);
+    storeOptional(x, x1 + t * dx);
+    storeOptional(y, y1 + t * dy);
     if (offset && !kb::plane::signedOffsetFromLine(px, py, x1, y1, x2, y2, offset)) {
         return ERR_FAILURE;
     }
@@ -86,14 +84,14 @@ int qmMath_projectOnLineDefinedByPointAndTangent2d(double* x, double* y, double*
                                                    double ox, double oy, double tx,
                                                    double ty) noexcept {
     const double t = (px - ox) * tx + (py - oy) * ty;
-    writeOptional(x, ox + t * tx);
-    writeOptional(y, oy + t * ty);
-    writeOptional(abscissa, t);
+    storeOptional(x, ox + t * tx);
+    storeOptional(y, oy + t * ty);
+    storeOptional(abscissa, t);
     double a = 0.0, b = 0.0, c = 0.0;
     if (qmMath_calculateLineEquationFromOriginAndDirection2d(&a, &b, &c, ox, oy, tx, ty) != 0) {
         return ERR_FAILURE;
     }
-    writeOptional(offset, a * px + b * py + c);
+    storeOptional(offset, a * px + b * py + c);
     return 0;
 }
 
@@ -109,8 +107,8 @@ int qmMath_projectOnLineByOffsetToLine2d(double* x, double* y, double x1, double
     const double denominator = dy * ex - dx * ey;
     if (!divisionPossible(numerator, denominator)) return ERR_FAILURE;
     const double t = numerator / denominator;
-    writeOptional(x, x3 + t * ex);
-    writeOptional(y, y3 + t * ey);
+    storeOptional(x, x3 + t * ex);
+    storeOptional(y, y3 + t * ey);
     return 0;
 }
 
@@ -125,8 +123,8 @@ int qmMath_intersectLineWithLine2d(double* x, double* y, double x1, double y1, d
     const double numerator = (y1 - y3) * dx2 - (x1 - x3) * dy2;
     if (!divisionPossible(numerator, denominator)) return kParallel;
     const double t = numerator / denominator;
-    writeOptional(x, x1 + t * dx1);
-    writeOptional(y, y1 + t * dy1);
+    storeOptional(x, x1 + t * dx1);
+    storeOptional(y, y1 + t * dy1);
     return 0;
 }
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/optional_output.hpp"
 #include "korvelbase/constants.h"
 #include "korvelbase/qmmath.h"
 
@@ -76,11 +77,6 @@ int carryOfSixty(double* part) noexcept {
     return 0;
 }
 
-template <typename T>
-void storeIfWanted(T* destination, T value) noexcept {
-    if (destination != nullptr) *destination = value;
-}
-
 // Result of mode 3 for a value off the grid: the neighbour toward zero when the remainder is
 // below half a step, else the one away from zero.  The tie margin leans toward plus infinity:
 // the threshold is lowered for positive values and raised for negative ones.
@@ -133,8 +129,8 @@ int qmConversion_degreeToDM(int* degrees, double* minutes, double angle) noexcep
     if (!truncateToInt(angle, &d)) return ERR_FAILURE;
     double m = (angle - d) * kMinutesPerDegree;
     d += carryOfSixty(&m);
-    storeIfWanted(degrees, d);
-    storeIfWanted(minutes, m);
+    kb::storeOptional(degrees, d);
+    kb::storeOptional(minutes, m);
     return 0;
 }
 
@@ -152,22 +148,22 @@ int qmConversion_degreeToDMS(int* degrees, int* minutes, double* seconds, double
         m = 0;
         d -= 1;
     }
-    storeIfWanted(degrees, d);
-    storeIfWanted(minutes, m);
-    storeIfWanted(seconds, s);
+    kb::storeOptional(degrees, d);
+    kb::storeOptional(minutes, m);
+    kb::storeOptional(seconds, s);
     return 0;
 }
 
 double qmConversion_DMToDegree(double* out, int degrees, double minutes) noexcept {
     const double result = degrees + minutes / kMinutesPerDegree;
-    storeIfWanted(out, result);
+    kb::storeOptional(out, result);
     return result;
 }
 
 double qmConversion_DMSTodegree(double* out, int degrees, int minutes, double seconds) noexcept {
     const double result =
         (seconds / kSecondsPerDegree + minutes / kMinutesPerDegree) + degrees;
-    storeIfWanted(out, result);
+    kb::storeOptional(out, result);
     return result;
 }
 
@@ -175,7 +171,7 @@ double qmConversion_DMSTodegree(double* out, int degrees, int minutes, double se
 
 double qmConversion_roundDouble(double* out, double value, double step, int mode) noexcept {
     const double result = roundToStep(value, step, mode);
-    storeIfWanted(out, result);
+    kb::storeOptional(out, result);
     return result;
 }
 
