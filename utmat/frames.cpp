@@ -9,6 +9,7 @@
 #include "base/angles.hpp"
 #include "korvelbase/compare.h"
 #include "korvelbase/constants.h"
+#include "korvelbase/qmmath.h"
 #include "korvelbase/utmat.h"
 #include "utmat/kernel_state.hpp"
 #include "utmat/vector_math.hpp"
@@ -137,8 +138,8 @@ Point2d* UTMAT_CalculerPointTranslationRotation(const Point2d* translation, doub
                                                 Point2d* p) noexcept {
     clearError();
     if (refuseNull(translation, p)) return p;
-    const Point2d turned = rotated(*p, t);
-    *p = {turned.x + translation->x, turned.y + translation->y};
+    qmMath_locateByTranslationRotation2d(&p->x, &p->y, p->x, p->y, translation->x,
+                                         translation->y, t);
     return p;
 }
 

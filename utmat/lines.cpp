@@ -6,6 +6,7 @@
 // points to; the kernel builds lines so that this is the right-hand side of travel.
 #include <cmath>
 
+#include "korvelbase/qmmath.h"
 #include "korvelbase/utmat.h"
 #include "utmat/kernel_state.hpp"
 #include "utmat/vector_math.hpp"
@@ -297,9 +298,7 @@ void UTMAT_ProjeterPtSurCercle(const Point2d* c, double r, const Point2d* p, Poi
                                double* angle) noexcept {
     clearError();
     if (refuseNull(c, p, out)) return;
-    const double t = std::atan2(p->y - c->y, p->x - c->x);
-    *out = {c->x + r * std::cos(t), c->y + r * std::sin(t)};
-    if (angle != nullptr) *angle = t;
+    qmMath_projectPointOnCircle2d(&out->x, &out->y, angle, p->x, p->y, c->x, c->y, r);
 }
 
 void UTMAT_CalculerPtSurCercleAngle(const Point2d* c, double r, double t, Point2d* out) noexcept {
