@@ -1,6 +1,7 @@
 // Heap wrappers: one allocator for every block that crosses the library boundary.
 #include <cstdlib>
 
+#include "base/heap.hpp"
 #include "base/platform.hpp"
 #include "korvelbase/mem.h"
 
@@ -26,12 +27,12 @@ size_t bisectLargestAllocation() {
     size_t best = 0;
     while (hi > lo + 1) {
         const size_t mid = (lo + hi) / 2;
-        void* block = std::malloc(mid);
+        void* block = kb::heap::allocate(mid);
         if (block == nullptr) {
             hi = mid;
             continue;
         }
-        std::free(block);
+        kb::heap::release(block);
         if (mid > best) best = mid;
         lo = mid;
     }
@@ -42,21 +43,21 @@ size_t bisectLargestAllocation() {
 
 extern "C" {
 
-void* qmMem_malloc(size_t size) noexcept { return std::malloc(size); }
+void* qmMem_malloc(size_t size) noexcept { return kb::heap::allocate(size); }
 
-void* qmMem_calloc(size_t count, size_t size) noexcept { return std::calloc(count, size); }
+void* qmMem_calloc(size_t count, size_t size) noexcept { return kb::heap::allocateZeroed(count, size); }
 
-void* qmMem_realloc(void* block, size_t size) noexcept { return std::realloc(block, size); }
+void* qmMem_realloc(void* block, size_t size) noexcept { return kb::heap::reallocate(block, size); }
 
 int qmMem_free(void* block) noexcept {
     if (block == nullptr) return ERR_FAILURE;
-    std::free(block);
+    kb::heap::release(block);
     return 0;
 }
 
 int qmMem_freeAndClear(void** block) noexcept {
     if (block == nullptr || *block == nullptr) return ERR_FAILURE;
-    std::free(*block);
+    kb::heap::release(*block);
     *block = nullptr;
     return 0;
 }
@@ -78,7 +79,7 @@ int qmMem_getSize(void* block, size_t* size) noexcept {
 }
 
 size_t qmMem_getMaximumAllocatableHeapMemory(void) noexcept {
-    void* probe = std::malloc(kHeapProbeBytes);
+    void* probe = kb::heap::allocate(kHeapProbeBytes);
     if (probe != nullptr) {
         keepProbeBlock(probe);
         return kHeapProbeBytes;

@@ -1,6 +1,7 @@
 // Internal: the geometry kernel's process-wide state, for the kernel's own sources.
 //
-// Every exported kernel operation calls clearError() on entry and raiseError() when it fails;
+// Every exported kernel operation starts with enter(...) (clears the error word, refuses null
+// pointers) and calls raiseError() when it fails;
 // composite operations call other kernel operations and test failed() after each one,
 // returning at once (with the word as the callee left it) when it is set.  Internal helpers
 // that are not exported only ever raise the word, never clear it.
@@ -8,6 +9,8 @@
 #define KORVELBASE_UTMAT_KERNEL_STATE_HPP
 
 #include <cstdint>
+
+#include "base/entry.hpp"
 
 namespace kb::utmat {
 
@@ -24,15 +27,19 @@ int spiralFormula() noexcept;            // UTMAT_SPIRAL_FORMULA_TARNAK or _VELM
 // and the memory detail word, so that UTMAT_GetErreur reports what the block array reported.
 void takeBlockArrayError() noexcept;
 
-// True, with the error word raised, when any pointer is null.  Used as the first check of
-// operations that refuse null arguments.
+// The entry of every exported kernel operation: clears the error word, then false (word
+// raised) when any of the given pointers is null.
+template <typename... Pointers>
+[[nodiscard]] bool enter(const Pointers*... pointers) noexcept {
+    return kb::enterOperation<clearError, raiseError>(pointers...);
+}
+
+// The same check without clearing, for a composite operation part-way through.
 template <typename... Pointers>
 bool refuseNull(const Pointers*... pointers) noexcept {
-    if (((pointers == nullptr) || ...)) {
-        raiseError();
-        return true;
-    }
-    return false;
+    if (kb::allPresent(pointers...)) return false;
+    raiseError();
+    return true;
 }
 
 }  // namespace kb::utmat
