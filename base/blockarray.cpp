@@ -141,8 +141,13 @@ void MEM_ModifierTailleTableau(void** array, int size, int n) noexcept {
     if (kb::storageBytes(kb::blockCapacity(n, kBlockArrayStep), size, &bytes) && bytes > 0) {
         resized = qmMem_realloc(*array, bytes);
     }
+    if (resized == nullptr) {
+        // The caller's pointer becomes null; the old block goes back to the heap rather than
+        // leaking, since nothing refers to it any more.
+        qmMem_free(*array);
+        raiseError();
+    }
     *array = resized;
-    if (resized == nullptr) raiseError();
 }
 
 int MEM_RecupererRang(const void* base, int count, int size, const void* sample, int* rank) noexcept {

@@ -27,6 +27,23 @@ T* allocateArray(std::size_t count) noexcept {
     return static_cast<T*>(allocate(count * sizeof(T)));
 }
 
+// An object of T built in storage from the layer; null when the allocation fails.  T's
+// constructor must not throw.
+template <typename T, typename... Args>
+T* create(Args&&... args) noexcept {
+    void* storage = allocate(sizeof(T));
+    if (storage == nullptr) return nullptr;
+    return new (storage) T{static_cast<Args&&>(args)...};
+}
+
+// Ends an object made by create and returns its storage; null is a no-op.
+template <typename T>
+void destroy(T* object) noexcept {
+    if (object == nullptr) return;
+    object->~T();
+    release(object);
+}
+
 }  // namespace kb::heap
 
 namespace kb {
