@@ -7,7 +7,7 @@ library="$1"
 lists="$2"
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
-nm -D --defined-only "$library" | awk '{print $NF}' | grep -v -E '^(_init|_fini|_edata|_end|__bss_start|__odr_asan\..*)$' | sort -u > "$work/actual"
+nm -D --defined-only "$library" | awk '{print $NF}' | grep -v -E '^(_init|_fini|_edata|_end|__bss_start|__odr_asan\..*|__gcov_.*)$' | sort -u > "$work/actual"
 cat "$lists"/*.txt | sed -e 's/#.*//' -e 's/[[:space:]]//g' | grep -v '^$' | sort -u > "$work/expected"
 if ! diff -u "$work/expected" "$work/actual"; then
     echo "exported symbols differ from the interface lists (- missing, + unexpected)"
