@@ -94,7 +94,9 @@ TEST(AllocationFailures, BlockArraysRaiseTheErrorAndKeepOrReleaseStorage) {
             }
             EXPECT_EQ(memError(), reached ? ERR_FAILURE : 0);
             EXPECT_NE(array, nullptr);
-            if (reached) EXPECT_EQ(readDoubles(array, 5), start);
+            if (reached) {
+                EXPECT_EQ(readDoubles(array, 5), start);
+            }
             MEM_LibererTableau(&array);
             return reached;
         });
@@ -131,8 +133,12 @@ TEST(AllocationFailures, DynamicArraysFailCleanly) {
         }
         // A failed growth is reported only through the storage: 0 comes back regardless.
         EXPECT_EQ(inserted, 0);
-        if (!reached) EXPECT_EQ(qmDynArray_getSize(array), 35);
-        if (reached && created == 0) EXPECT_EQ(qmDynArray_getElementAdd(array, 0), nullptr);
+        if (!reached) {
+            EXPECT_EQ(qmDynArray_getSize(array), 35);
+        }
+        if (reached && created == 0) {
+            EXPECT_EQ(qmDynArray_getElementAdd(array, 0), nullptr);
+        }
         if (array != nullptr) qmDynArray_destroy(&array);
         return reached;
     });
@@ -267,9 +273,13 @@ TEST(AllocationFailures, StringListsLoseNothing) {
                 EXPECT_EQ(qmStrList_size(list), 11);
                 // A move writes member by member: what it has not reached yet is unchanged,
                 // and no text is ever lost to a null.
-                if (std::string(operation.name) != "move") EXPECT_EQ(texts(list), before);
+                if (std::string(operation.name) != "move") {
+                    EXPECT_EQ(texts(list), before);
+                }
             }
-            if (!reached) EXPECT_EQ(status, 0);
+            if (!reached) {
+                EXPECT_EQ(status, 0);
+            }
             qmStrList_destroy(list);
             qmStrList_destroy(other);
             return reached;
