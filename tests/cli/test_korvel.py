@@ -1,0 +1,145 @@
+#!/usr/bin/python3
+"""End-to-end tests of the korvel program: run it on data whose truth is known and compare.
+
+Usage: test_korvel.py KORVEL DATA_DIR (then unittest arguments).
+"""
+import csv
+import io
+import math
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+KORVEL = None
+DATA = None
+
+
+def run(*args, stdin=None):
+    """Runs korvel; returns (exit status, standard output, standard error)."""
+    done = subprocess.run([KORVEL, *args], input=stdin, capture_output=True, text=True,
+                          timeout=120, check=False)
+    return done.returncode, done.stdout, done.stderr
+
+
+def csv_sections(text):
+    """CSV output split into its '#'-titled sections: {title: [rows as dicts]}."""
+    sections = {}
+    title = None
+    lines = []
+    for line in text.splitlines() + ["# end"]:
+        if line.startswith("# "):
+            if title is not None and lines:
+                sections[title] = list(csv.DictReader(io.StringIO("\n".join(lines))))
+            title, lines = line[2:], []
+        elif line.strip():
+            lines.append(line)
+    return sections
+
+
+class Temporary(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="korvel-test-")
+
+    def tearDown(self):
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def write(self, name, text):
+        path = os.path.join(self.folder, name)
+        with open(path, "w", encoding="utf-8") as handle:
+            handle.write(text)
+        return path
+
+
+class Traverse(Temporary):
+    def test_legs_match_the_coordinates(self):
+        status, out, err = run("traverse", os.path.join(DATA, "traverse.csv"), "--csv")
+        self.assertEqual(status, 0, err)
+        with open(os.path.join(DATA, "traverse.csv"), encoding="utf-8") as handle:
+            rows = list(csv.DictReader(line for line in handle if not line.startswith("#")))
+        legs = next(v for k, v in csv_sections(out).items() if k.startswith("legs"))
+        self.assertEqual(len(legs), len(rows) - 1)
+        for leg, a, b in zip(legs, rows, rows[1:]):
+            de = float(b["easting"]) - float(a["easting"])
+            dn = float(b["northing"]) - float(a["northing"])
+            self.assertAlmostEqual(float(leg["distance_m"]), math.hypot(de, dn), places=3)
+            azimuth = math.degrees(math.atan2(de, dn)) % 360.0
+            self.assertAlmostEqual(float(leg["azimuth_deg"]), azimuth, places=5)
+
+    def test_circle_through_stations_on_a_known_circle(self):
+        radius, ce, cn = 250.0, 1000.0, 2000.0
+        lines = ["name,easting,northing"]
+        for i, angle in enumerate([0.1, 0.3, 0.55, 0.8]):
+            lines.append(f"S{i},{ce + radius * math.cos(angle)},{cn + radius * math.sin(angle)}")
+        status, out, err = run("traverse", self.write("arc.csv", "\n".join(lines) + "\n"), "--csv")
+        self.assertEqual(status, 0, err)
+        circles = next(v for k, v in csv_sections(out).items() if k.startswith("circle"))
+        for row in circles:
+            self.assertAlmostEqual(float(row["radius_m"]), radius, places=3)
+            self.assertAlmostEqual(float(row["centre_e"]), ce, places=3)
+            self.assertAlmostEqual(float(row["centre_n"]), cn, places=3)
+
+
+class Convert(unittest.TestCase):
+    def test_round_trips_and_known_values(self):
+        cases = [
+            (("45.5", "--from", "deg", "--to", "dms"), "45d30'00.00\""),
+            (("S12:30:00W", "--from", "bearing", "--to", "deg"), "192.5000000000"),
+            (("192.5", "--from", "deg", "--to", "bearing"), "S 12d30'00.00\" W"),
+            (("3937", "--from", "usft", "--to", "m"), "1200.000000"),
+            (("1", "--from", "ft", "--to", "m"), "0.304800"),
+            (("200", "--from", "grad", "--to", "deg"), "180.0000000000"),
+        ]
+        for args, expected in cases:
+            status, out, err = run("convert", *args)
+            self.assertEqual(status, 0, err)
+            self.assertEqual(out.strip(), expected, args)
+
+    def test_usage_errors_exit_2(self):
+        for args in [("1", "--from", "m", "--to", "deg"), ("1", "--from", "parsec", "--to", "m"),
+                     ("abc", "--from", "deg", "--to", "rad"), ("1", "--from", "deg")]:
+            status, _, err = run("convert", *args)
+            self.assertEqual(status, 2, args)
+            self.assertTrue(err.strip(), args)
+
+
+class BadInput(Temporary):
+    """Every kind of bad file gets one line naming where, exit status 1, and no crash."""
+
+    def check(self, text, fragment):
+        path = self.write("bad.csv", text)
+        status, out, err = run("traverse", path)
+        self.assertEqual(status, 1, err)
+        self.assertEqual(len(err.strip().splitlines()), 1, err)
+        self.assertIn(fragment, err)
+        return err
+
+    def test_messages(self):
+        self.check("", "bad.csv")
+        self.check("name,easting,northing\n", "no records")
+        self.check("name,easting\nA,1\n", "missing column 'northing'")
+        err = self.check("name,easting,northing\nA,1,2\nB,3,abc\n", "bad.csv:3: northing 'abc' is not a number")
+        self.assertTrue(err.startswith("korvel: "))
+        self.check("name,easting,northing\nA,1,2\nB,nan,4\n", "not a finite number")
+        self.check("name,easting,northing\nA,1,2\nB,inf,4\n", "not a finite number")
+        self.check("name,easting,northing\nA,1,2\n", "at least two stations")
+
+    def test_missing_file_and_standard_input(self):
+        status, _, err = run("traverse", os.path.join(self.folder, "none.csv"))
+        self.assertEqual(status, 1)
+        self.assertIn("cannot open", err)
+        status, out, err = run("traverse", "-", stdin="name,easting,northing\nA,0,0\nB,3,4\n")
+        self.assertEqual(status, 0, err)
+        self.assertIn("5.000", out)
+
+
+def main():
+    global KORVEL, DATA
+    KORVEL, DATA = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
+    unittest.main(argv=[sys.argv[0]] + sys.argv[3:], verbosity=1)
+
+
+if __name__ == "__main__":
+    main()
