@@ -21,4 +21,12 @@ std::size_t heapUsableSize(void* block) noexcept {
 #endif
 }
 
+const char* verticalFitTracePath() noexcept {
+#if defined(_WIN32)
+    return "C:\\BestFit_Vertical_Debug.txt";
+#else
+    return "/tmp/BestFit_Vertical_Debug.txt";
+#endif
+}
+
 }  // namespace kb::platform

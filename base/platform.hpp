@@ -12,6 +12,9 @@ namespace kb::platform {
 // Usable size of a block obtained from the runtime heap (at least the requested size).
 std::size_t heapUsableSize(void* block) noexcept;
 
+// Path of the vertical profile fit's trace file.
+const char* verticalFitTracePath() noexcept;
+
 }  // namespace kb::platform
 
 #endif  // KORVELBASE_BASE_PLATFORM_HPP
