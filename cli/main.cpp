@@ -24,6 +24,7 @@ int main(int argc, char** argv) {
     app.footer("Run 'korvel <subcommand> --help' for the options and an example of each.");
     korvel::addTraverse(app);
     korvel::addConvert(app);
+    korvel::addProfile(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {

@@ -197,6 +197,9 @@ void SvgPlot::label(PlotPoint at, const std::string& text, const std::string& co
 void SvgPlot::legend(const std::string& colour, const std::string& text) {
     const int y = kMarginTop + 14 + legendRows_ * kLegendRowHeight;
     const int x = width_ - kMarginRight - 220;
+    body_ += fmt::format("<rect x=\"{}\" y=\"{}\" width=\"216\" height=\"{}\" fill=\"white\" "
+                         "fill-opacity=\"0.85\"/>\n",
+                         x - 6, y - 13, kLegendRowHeight);
     body_ += fmt::format("<rect x=\"{}\" y=\"{}\" width=\"14\" height=\"10\" fill=\"{}\"/>\n"
                          "<text x=\"{}\" y=\"{}\" font-size=\"12\">{}</text>\n",
                          x, y - 9, colour, x + 20, y, escapeXml(text));

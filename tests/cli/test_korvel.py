@@ -82,6 +82,78 @@ class Traverse(Temporary):
             self.assertAlmostEqual(float(row["centre_n"]), cn, places=3)
 
 
+def read_table(path, columns):
+    """Numeric columns of a CSV file with '#' comment lines."""
+    with open(path, encoding="utf-8") as handle:
+        rows = list(csv.DictReader(line for line in handle if not line.startswith("#")))
+    return [[float(row[c]) for c in columns] for row in rows]
+
+
+def design_level(ips, x):
+    """Level of an alignment of (station, level, curve length) IPs at station x."""
+    for k in range(1, len(ips) - 1):
+        s, z, length = ips[k]
+        if length > 0 and abs(x - s) <= length / 2:
+            g1 = (z - ips[k - 1][1]) / (s - ips[k - 1][0])
+            g2 = (ips[k + 1][1] - z) / (ips[k + 1][0] - s)
+            t = x - (s - length / 2)
+            return z - g1 * length / 2 + g1 * t + (g2 - g1) * t * t / (2 * length)
+    for (s0, z0, _), (s1, z1, _) in zip(ips, ips[1:]):
+        if s0 <= x <= s1:
+            return z0 + (z1 - z0) * (x - s0) / (s1 - s0)
+    return ips[-1][1]
+
+
+def png_size(path):
+    """Width and height of a PNG file from its header."""
+    with open(path, "rb") as handle:
+        header = handle.read(24)
+    assert header[:8] == b"\x89PNG\r\n\x1a\n"
+    return int.from_bytes(header[16:20], "big"), int.from_bytes(header[20:24], "big")
+
+
+class PlotChecks(Temporary):
+    def render(self, svg):
+        """Renders an SVG plot to PNG and checks it is a non-empty picture of the page size."""
+        if shutil.which("rsvg-convert") is None:
+            self.skipTest("rsvg-convert (librsvg2-bin) is not installed")
+        png = svg[:-4] + ".png"
+        subprocess.run(["rsvg-convert", svg, "-o", png], check=True, timeout=60)
+        self.assertGreater(os.path.getsize(png), 5000)
+        self.assertEqual(png_size(png), (1000, 600))
+
+
+class ProfileFit(PlotChecks):
+    def test_alignment_follows_the_known_design(self):
+        svg = os.path.join(self.folder, "profile.svg")
+        survey = os.path.join(DATA, "survey_profile.csv")
+        status, out, err = run("profile", "fit", survey, "--up-tol", "0.1", "--lo-tol", "0.1",
+                               "--csv", "--svg", svg)
+        self.assertEqual(status, 0, err)
+        ips = [[float(r["station"]), float(r["level"]), float(r["curve_length"])]
+               for r in csv.DictReader(line for line in out.splitlines() if not line.startswith("#"))]
+        self.assertGreaterEqual(len(ips), 5)
+        summary = [line for line in out.splitlines() if line.startswith("# ")][-1]
+        self.assertIn("0 of 2001 points outside the envelope", summary)
+        truth = read_table(os.path.join(DATA, "design_ips.csv"), ["station", "level", "curve_length"])
+        # The fitted alignment stays within tolerance + survey noise of the design everywhere,
+        # and every design IP has a fitted IP near it.
+        for x in range(0, 2001, 5):
+            self.assertLess(abs(design_level(ips, x) - design_level(truth, x)), 0.1 + 0.02 + 1e-6, x)
+        for s, _, _ in truth:
+            self.assertLess(min(abs(s - ip[0]) for ip in ips), 80.0, s)
+        self.render(svg)
+
+    def test_bad_profiles(self):
+        cases = [("station,level\n0,1\n5,2\n5,3\n", "does not increase"),
+                 ("station,level\n0,1\n", "at least two"),
+                 ("station,height\n0,1\n1,2\n", "missing column 'level'")]
+        for text, fragment in cases:
+            status, _, err = run("profile", "fit", self.write("p.csv", text))
+            self.assertEqual(status, 1, text)
+            self.assertIn(fragment, err)
+
+
 class Convert(unittest.TestCase):
     def test_round_trips_and_known_values(self):
         cases = [
