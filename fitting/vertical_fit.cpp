@@ -33,9 +33,10 @@ constexpr double kFilterStep = 0.1;           // percent of grade change per fil
 constexpr double kLowestFilterValue = 0.1;
 constexpr double kPercent = 100.0;
 constexpr int kRoundedLengthDecimals = 3;
-// Filtering passes are bounded although ordinary filter values (a few percent) need a few
-// dozen: a huge filter value would otherwise mean billions of passes.
-constexpr int kMostFilterPasses = 10000;
+// Filtering passes are bounded, though ordinary filter values (a few percent) need a few dozen:
+// a huge filter value would otherwise mean billions of passes (and one so large that
+// subtracting 0.1 leaves it unchanged, endless ones).
+constexpr int kMostFilterPasses = 1000;
 
 // The parameters of the next runs; they persist between runs, as set by the initialise call.
 struct Parameters {

@@ -15,7 +15,8 @@
  *      point where the piecewise-linear profile leaves the envelope;
  *   3. filtering: interior IPs whose grade change, in percent, is at most a filter value are
  *      removed and the scan repeated until the profile is inside again; the filter value starts
- *      at the COG filter value and drops by 0.1 per pass while it stays above 0.1;
+ *      at the COG filter value and drops by 0.1 per pass while it stays above 0.1 (at most
+ *      1000 passes, which only a filter value above 100 percent can reach);
  *   4. curves: lengths from the K values (crest: Hog, sag: Sag; at least VCMinimumLength),
  *      shortened where neighbouring curves would overlap, rounded to 0.001; each IP level is
  *      then raised by its curve's mid-ordinate so that the curve passes through the fitted
