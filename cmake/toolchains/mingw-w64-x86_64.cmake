@@ -1,19 +1,7 @@
-# Cross-compiling the library for Windows (x86_64) with MinGW-w64 (Debian's g++-mingw-w64-*).
+# Cross-compiling the library for 64-bit Windows with MinGW-w64 (Debian's g++-mingw-w64-x86-64).
 #   cmake -S . -B build-win -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/mingw-w64-x86_64.cmake
-set(CMAKE_SYSTEM_NAME Windows)
-set(CMAKE_SYSTEM_PROCESSOR x86_64)
-
-set(KB_MINGW_TRIPLE x86_64-w64-mingw32)
-# The POSIX thread model: its libstdc++ has std::mutex, which the test framework needs.
-set(CMAKE_C_COMPILER ${KB_MINGW_TRIPLE}-gcc-posix)
-set(CMAKE_CXX_COMPILER ${KB_MINGW_TRIPLE}-g++-posix)
-set(CMAKE_RC_COMPILER ${KB_MINGW_TRIPLE}-windres)
-
-set(CMAKE_FIND_ROOT_PATH /usr/${KB_MINGW_TRIPLE})
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(KB_MINGW_ARCH x86_64)
+include(${CMAKE_CURRENT_LIST_DIR}/mingw-w64-common.cmake)
 
 # Test programs run under Wine (Debian's wine64).
 if(EXISTS /usr/lib/wine/wine64)
