@@ -195,12 +195,19 @@ TEST(VerticalFit, CurveLengthsAreRoundedAndDoNotOverlap) {
     }
 }
 
+#if defined(_WIN32)
+constexpr const char* kTracePath = "C:\\BestFit_Vertical_Debug.txt";
+#else
+constexpr const char* kTracePath = "/tmp/BestFit_Vertical_Debug.txt";
+#endif
+
 TEST(VerticalFit, TraceFollowsItsFormat) {
+    std::remove(kTracePath);
     qmBestFit_verticalProfileInitialize(0.02, 0.03, 10, 12, 5, 0.1, 0, 0, 1);
     const Fit fit = runFit({0, 10, 20, 30, 40}, {1.0, 1.5, 3.0, 1.0, 1.2});
     ASSERT_EQ(fit.status, 0);
     qmBestFit_verticalProfileInitialize(0.02, 0.03, 10, 12, 5, 0.1, 0, 0, 0);
-    std::ifstream in("/tmp/BestFit_Vertical_Debug.txt");
+    std::ifstream in(kTracePath);
     ASSERT_TRUE(in.good());
     std::vector<std::string> lines;
     for (std::string line; std::getline(in, line);) lines.push_back(line);
