@@ -6,6 +6,7 @@
 #define KORVELBASE_BASE_PLATFORM_HPP
 
 #include <cstddef>
+#include <cstdint>
 
 namespace kb::platform {
 
@@ -14,6 +15,29 @@ std::size_t heapUsableSize(void* block) noexcept;
 
 // Path of the vertical profile fit's trace file.
 const char* verticalFitTracePath() noexcept;
+
+// The separator a directory name gets before a file name is appended to it.
+char directorySeparator() noexcept;
+
+// A file opened for reading at explicit offsets (no shared file position, nothing buffered).
+class ReadOnlyFile {
+public:
+    ReadOnlyFile() noexcept = default;
+    ~ReadOnlyFile() { close(); }
+    ReadOnlyFile(const ReadOnlyFile&) = delete;
+    ReadOnlyFile& operator=(const ReadOnlyFile&) = delete;
+
+    bool open(const char* path) noexcept;  // closes any file first
+    void close() noexcept;
+    bool isOpen() const noexcept;
+    // Reads exactly size bytes at offset; false on any error or a short read (end of file).
+    bool readAt(std::uint64_t offset, void* buffer, std::size_t size) const noexcept;
+    // The file's size in bytes; false when it cannot be had.
+    bool size(std::uint64_t& bytes) const noexcept;
+
+private:
+    std::intptr_t handle_ = -1;  // a descriptor, or a Windows HANDLE
+};
 
 }  // namespace kb::platform
 

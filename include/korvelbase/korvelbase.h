@@ -12,6 +12,7 @@
 #include "korvelbase/blockarray.h"
 #include "korvelbase/utmat.h"
 #include "korvelbase/bestfit_vertical.h"
+#include "korvelbase/qmgeoid.h"
 #include "korvelbase/conversion.h"
 #include "korvelbase/qmmath.h"
 #include "korvelbase/qmstring.h"
