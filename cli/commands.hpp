@@ -23,6 +23,7 @@ void addOutputOptions(CLI::App& command, OutputOptions& options);
 void addTraverse(CLI::App& app);
 void addConvert(CLI::App& app);
 void addProfile(CLI::App& app);
+void addGeoid(CLI::App& app);
 
 }  // namespace korvel
 

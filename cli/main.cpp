@@ -25,6 +25,7 @@ int main(int argc, char** argv) {
     korvel::addTraverse(app);
     korvel::addConvert(app);
     korvel::addProfile(app);
+    korvel::addGeoid(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {

@@ -154,6 +154,38 @@ class ProfileFit(PlotChecks):
             self.assertIn(fragment, err)
 
 
+class Geoid(Temporary):
+    @staticmethod
+    def surface(lat, lon):
+        return 30 + 0.8 * (lat - 45) - 0.5 * (lon - 7) + 0.05 * (lat - 45) * (lon - 7)
+
+    def test_grid_reproduces_its_analytic_surface(self):
+        grid = os.path.join(DATA, "geoid_demo.bin")
+        positions = [(44.0, 5.0), (46.13, 7.71), (47.99, 9.99), (48.0, 10.0), (45.5, 8.25)]
+        text = "lat,lon\n" + "".join(f"{a},{b}\n" for a, b in positions)
+        status, out, err = run("geoid", "--grid", grid, "--input", self.write("p.csv", text), "--csv")
+        self.assertEqual(status, 0, err)
+        rows = list(csv.DictReader(io.StringIO(out)))
+        self.assertEqual(len(rows), len(positions))
+        for row, (lat, lon) in zip(rows, positions):
+            self.assertAlmostEqual(float(row["undulation"]), self.surface(lat, lon), places=3)
+        status, out, err = run("geoid", "--grid", grid, "46", "352", "--west")  # 352 W = 8 E
+        self.assertEqual(status, 0, err)
+        self.assertIn(f"{self.surface(46, 8):.4f}", out)
+
+    def test_bad_grids_and_positions(self):
+        grid = os.path.join(DATA, "geoid_demo.bin")
+        status, _, err = run("geoid", "--grid", os.path.join(DATA, "traverse.csv"), "46", "7")
+        self.assertEqual((status, "not a geoid grid" in err), (1, True))
+        status, _, err = run("geoid", "--grid", grid, "20", "7")
+        self.assertEqual((status, "outside the geoid grid" in err), (1, True))
+        status, _, err = run("geoid", "--grid", grid, "--input", self.write("p.csv", "lat,lon\n46,x\n"))
+        self.assertEqual(status, 1)
+        self.assertIn("p.csv:2: lon 'x' is not a number", err)
+        status, _, _ = run("geoid", "46", "7")
+        self.assertEqual(status, 2)
+
+
 class Convert(unittest.TestCase):
     def test_round_trips_and_known_values(self):
         cases = [
