@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <new>
+#include <string>
 #include <vector>
 
 namespace kb::heap {
@@ -70,6 +71,8 @@ struct HeapAllocator {
 
 template <typename T>
 using Vector = std::vector<T, HeapAllocator<T>>;
+
+using String = std::basic_string<char, std::char_traits<char>, HeapAllocator<char>>;
 
 }  // namespace kb
 

@@ -14,16 +14,18 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <string>
 
 #include "base/boundary.hpp"
 #include "base/heap.hpp"
+#include "base/number_text.hpp"
 #include "base/optional_output.hpp"
 #include "base/platform.hpp"
 #include "korvelbase/bestfit_vertical.h"
 #include "korvelbase/mem.h"
 
 namespace {
+
+using kb::fixedText;
 
 constexpr double kMissingBelow = -998.0;      // an envelope value below this is "no value"
 constexpr double kMergeDistance = 0.001;      // a new IP this close to an old one replaces it
@@ -56,17 +58,9 @@ bool isMissing(double envelopeValue) { return envelopeValue < kMissingBelow; }
 
 double stationStep(double ds) { return std::fabs(ds) < kSmallestStationStep ? kSmallestStationStep : ds; }
 
-// Fixed-point text with '.' whatever the locale, as printf's "%.*f" would write it in "C".
-std::string fixedText(double value, int decimals) {
-    char buffer[400];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value,
-                                      std::chars_format::fixed, decimals);
-    return std::string(buffer, result.ptr);
-}
-
 // A length rounded through its "%.3f" text and read back, which fixes the stored value.
 double roundedThroughText(double value) {
-    const std::string text = fixedText(value, kRoundedLengthDecimals);
+    const kb::String text = fixedText(value, kRoundedLengthDecimals);
     double back = value;
     std::from_chars(text.data(), text.data() + text.size(), back);
     return back;
@@ -85,7 +79,7 @@ public:
     Trace& operator=(const Trace&) = delete;
 
     bool on() const { return file_ != nullptr; }
-    void write(const std::string& text) const {
+    void write(const kb::String& text) const {
         if (file_ != nullptr) std::fwrite(text.data(), 1, text.size(), file_);
     }
 
@@ -228,7 +222,7 @@ private:
         trace_.write("The LongLen = " + fixedText(station_.back() - station_.front(), 3) + " : \n");
         trace_.write("The Envelopes : \n");
         for (std::size_t k = 0; k < station_.size(); ++k) {
-            trace_.write(std::to_string(k + 1) + "\tSta: " + fixedText(station_[k], 5) +
+            trace_.write(kb::integerText(k + 1) + "\tSta: " + fixedText(station_[k], 5) +
                          "\tUpper: " + fixedText(upper_[k], 5) + "\tLower: " +
                          fixedText(lower_[k], 5) + "\n");
         }
@@ -276,7 +270,7 @@ private:
                 addIp(station_[k], value, 1);
                 ++added;
                 ++counter;
-                traceTable(label + std::to_string(counter));
+                traceTable(label + kb::integerText(counter));
             }
         }
         return added;
@@ -288,7 +282,7 @@ private:
         for (int pass = 1; pass <= kMostFilterPasses; ++pass) {
             const std::size_t removed = removeSmallGradeChanges(filterValue);
             traceTable("\tFilter Value = " + fixedText(filterValue, 5) + " Iteration " +
-                       std::to_string(pass));
+                       kb::integerText(pass));
             if (removed == 0) {
                 trace_.write("Filtering Complete\n\n");
                 return;
@@ -467,7 +461,7 @@ private:
 
     // ---- trace -------------------------------------------------------------------------------
 
-    void traceTable(const std::string& message) const {
+    void traceTable(const kb::String& message) const {
         if (!trace_.on()) return;
         trace_.write(message + "\n");
         const std::size_t m = ips_.size();
@@ -476,7 +470,7 @@ private:
             const double change = (ip.gradeOut - ip.gradeIn) * kPercent;
             const bool interior = i > 0 && i + 1 < m;
             const double k = interior && change != 0.0 ? ip.length / std::fabs(change) : 0.0;
-            trace_.write("\t\tIP Number: " + std::to_string(i + 1) + "\tChainage: " +
+            trace_.write("\t\tIP Number: " + kb::integerText(i + 1) + "\tChainage: " +
                          fixedText(ip.station, 4) + "\tLevel: " + fixedText(ip.level, 4) +
                          "\tVCLength: " + fixedText(ip.length, 4) + "\tVCKVal: " +
                          fixedText(k, 4) + "\n");

@@ -15,6 +15,8 @@
 #include "korvelbase/qmgeoid.h"
 #include "korvelbase/conversion.h"
 #include "korvelbase/qmmath.h"
+#include "korvelbase/qmmatrix.h"
+#include "korvelbase/qmtransform.h"
 #include "korvelbase/qmstring.h"
 #include "korvelbase/dynarray.h"
 #include "korvelbase/linkedlist.h"
