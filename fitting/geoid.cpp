@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <string>
+#include "base/number_text.hpp"
 
 #include "base/boundary.hpp"
 #include "base/platform.hpp"
@@ -173,23 +173,23 @@ const Family* familyOf(int code) {
     return nullptr;
 }
 
-std::string tilePath(const std::string& directory, const char* prefix, const char* suffix,
+kb::String tilePath(const kb::String& directory, const char* prefix, const char* suffix,
                      int number) {
-    std::string path = directory;
+    kb::String path = directory;
     const bool hasSeparator = !path.empty() && (path.back() == '/' || path.back() == '\\');
     if (!hasSeparator) path += kb::platform::directorySeparator();
-    return path + prefix + suffix + std::to_string(number) + ".bin";
+    return path + prefix + suffix + kb::integerText(number) + ".bin";
 }
 
 // The best tile of a family for the position, or an empty path.
-std::string bestTile(const Family& family, const std::string& directory, double lat, double lon) {
-    std::string nearEdge;
-    std::string nearCorner;
+kb::String bestTile(const Family& family, const kb::String& directory, double lat, double lon) {
+    kb::String nearEdge;
+    kb::String nearCorner;
     kb::platform::ReadOnlyFile tile;
     for (int r = 0; r < family.runCount; ++r) {
         const TileRun& run = family.runs[r];
         for (int number = run.first; number <= run.last; ++number) {
-            const std::string path = tilePath(directory, family.prefix, run.suffix, number);
+            const kb::String path = tilePath(directory, family.prefix, run.suffix, number);
             Grid g;
             if (!tile.open(path.c_str()) || !readHeader(tile, g)) continue;
             const int depth = depthClass(g, lat, lon);
@@ -279,7 +279,7 @@ int qmGeoid_initModelByGeoid(int modelCode, const char* directory, double latitu
         return kFailure;
     }
     return kb::callGuarded(kFailure, [&] {
-        const std::string path = bestTile(*family, directory, lat, lon);
+        const kb::String path = bestTile(*family, kb::String(directory), lat, lon);
         if (path.empty()) return kFailure;
         return openModel(path.c_str()) ? 0 : kFailure;
     });
