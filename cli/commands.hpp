@@ -24,6 +24,7 @@ void addTraverse(CLI::App& app);
 void addConvert(CLI::App& app);
 void addProfile(CLI::App& app);
 void addGeoid(CLI::App& app);
+void addTransform(CLI::App& app);
 
 }  // namespace korvel
 

@@ -26,6 +26,7 @@ int main(int argc, char** argv) {
     korvel::addConvert(app);
     korvel::addProfile(app);
     korvel::addGeoid(app);
+    korvel::addTransform(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {

@@ -186,6 +186,47 @@ class Geoid(Temporary):
         self.assertEqual(status, 2)
 
 
+class Transform(Temporary):
+    def test_fit_recovers_the_generating_similarity_and_apply_uses_it(self):
+        params = os.path.join(self.folder, "params.csv")
+        status, out, err = run("transform", "fit", os.path.join(DATA, "control_points.csv"),
+                               "--csv", "--params-out", params)
+        self.assertEqual(status, 0, err)
+        sections = csv_sections(out)
+        values = {row["parameter"]: float(row["value"])
+                  for row in next(v for k, v in sections.items() if k.endswith("parameters"))}
+        self.assertAlmostEqual(values["scale"], 1.0004, places=6)
+        self.assertAlmostEqual(values["rotation_deg"], 12.5, places=5)
+        self.assertAlmostEqual(values["tx"], 350000.0, delta=0.01)
+        self.assertAlmostEqual(values["ty"], 5200000.0, delta=0.01)
+        residuals = next(v for k, v in sections.items() if k.startswith("residuals"))
+        self.assertEqual(len(residuals), 12)
+        self.assertTrue(all(abs(float(r["residual_x"])) < 0.02 for r in residuals))
+        status, out, err = run("transform", "apply", self.write("p.csv", "x,y\n0,0\n1000,0\n"),
+                               "--params-file", params, "--csv")
+        self.assertEqual(status, 0, err)
+        rows = list(csv.DictReader(io.StringIO(out)))
+        self.assertAlmostEqual(float(rows[0]["X"]), 350000.0, delta=0.01)
+        # (1000, 0) lands 1000.4 m from the origin's image, at 12.5 degrees.
+        dx = float(rows[1]["X"]) - float(rows[0]["X"])
+        dy = float(rows[1]["Y"]) - float(rows[0]["Y"])
+        self.assertAlmostEqual(math.hypot(dx, dy), 1000.4, places=2)
+        self.assertAlmostEqual(math.degrees(math.atan2(dy, dx)), 12.5, places=4)
+
+    def test_affine_and_projective_models_and_errors(self):
+        for model in ("affine", "projective"):
+            status, out, err = run("transform", "fit", os.path.join(DATA, "control_points.csv"),
+                                   "--model", model)
+            self.assertEqual(status, 0, err)
+        status, _, err = run("transform", "fit", self.write("c.csv", "source_x,source_y,target_x,target_y\n0,0,1,1\n"))
+        self.assertEqual(status, 1)
+        self.assertIn("at least 2 control points", err)
+        status, _, _ = run("transform", "fit", os.path.join(DATA, "control_points.csv"), "--model", "conformal")
+        self.assertEqual(status, 2)
+        status, _, _ = run("transform", "apply", self.write("p.csv", "x,y\n0,0\n"), "--params", "1,2,3")
+        self.assertEqual(status, 2)
+
+
 class Convert(unittest.TestCase):
     def test_round_trips_and_known_values(self):
         cases = [
