@@ -195,10 +195,10 @@ class Transform(Temporary):
         sections = csv_sections(out)
         values = {row["parameter"]: float(row["value"])
                   for row in next(v for k, v in sections.items() if k.endswith("parameters"))}
-        self.assertAlmostEqual(values["scale"], 1.0004, places=6)
-        self.assertAlmostEqual(values["rotation_deg"], 12.5, places=5)
-        self.assertAlmostEqual(values["tx"], 350000.0, delta=0.01)
-        self.assertAlmostEqual(values["ty"], 5200000.0, delta=0.01)
+        self.assertAlmostEqual(values["scale"], 1.0004, delta=1e-5)
+        self.assertAlmostEqual(values["rotation_deg"], 12.5, delta=1e-3)
+        self.assertAlmostEqual(values["tx"], 350000.0, delta=0.02)
+        self.assertAlmostEqual(values["ty"], 5200000.0, delta=0.02)
         residuals = next(v for k, v in sections.items() if k.startswith("residuals"))
         self.assertEqual(len(residuals), 12)
         self.assertTrue(all(abs(float(r["residual_x"])) < 0.02 for r in residuals))
@@ -206,12 +206,12 @@ class Transform(Temporary):
                                "--params-file", params, "--csv")
         self.assertEqual(status, 0, err)
         rows = list(csv.DictReader(io.StringIO(out)))
-        self.assertAlmostEqual(float(rows[0]["X"]), 350000.0, delta=0.01)
+        self.assertAlmostEqual(float(rows[0]["X"]), 350000.0, delta=0.02)
         # (1000, 0) lands 1000.4 m from the origin's image, at 12.5 degrees.
         dx = float(rows[1]["X"]) - float(rows[0]["X"])
         dy = float(rows[1]["Y"]) - float(rows[0]["Y"])
-        self.assertAlmostEqual(math.hypot(dx, dy), 1000.4, places=2)
-        self.assertAlmostEqual(math.degrees(math.atan2(dy, dx)), 12.5, places=4)
+        self.assertAlmostEqual(math.hypot(dx, dy), 1000.4, delta=0.01)
+        self.assertAlmostEqual(math.degrees(math.atan2(dy, dx)), 12.5, delta=1e-3)
 
     def test_affine_and_projective_models_and_errors(self):
         for model in ("affine", "projective"):
