@@ -8,11 +8,15 @@
 #include <fcntl.h>
 #include <malloc/malloc.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #else
 #include <fcntl.h>
 #include <malloc.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #endif
 
@@ -37,6 +41,113 @@ const char* verticalFitTracePath() noexcept {
     return "/tmp/BestFit_Vertical_Debug.txt";
 #endif
 }
+
+#if defined(_WIN32)
+
+namespace {
+// The version record of the query, 148 bytes as the query expects.
+bool windowsVersion(OSVERSIONINFOA& info) {
+    ZeroMemory(&info, sizeof info);
+    info.dwOSVersionInfoSize = sizeof(OSVERSIONINFOA);
+#if defined(__GNUC__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+#endif
+    return GetVersionExA(&info) != 0;
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
+}
+constexpr DWORD kWindows9xPlatform = 1;
+constexpr DWORD kXpMajor = 5;
+constexpr DWORD kXpMinor = 1;
+}  // namespace
+
+int operatingSystemFamily() noexcept {
+    OSVERSIONINFOA info;
+    if (!windowsVersion(info)) return 0;
+    return info.dwPlatformId == kWindows9xPlatform ? 1 : 2;
+}
+
+bool isWindowsXP() noexcept {
+    OSVERSIONINFOA info;
+    return windowsVersion(info) && info.dwMajorVersion == kXpMajor && info.dwMinorVersion == kXpMinor;
+}
+
+bool isExecutableFile(const char* path) noexcept {
+    const DWORD attributes = GetFileAttributesA(path);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+bool startDetached(char* commandLine, char* const* /*argv*/) noexcept {
+    STARTUPINFOA startup;
+    ZeroMemory(&startup, sizeof startup);
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process;
+    ZeroMemory(&process, sizeof process);
+    if (!CreateProcessA(nullptr, commandLine, nullptr, nullptr, FALSE, DETACHED_PROCESS, nullptr,
+                        nullptr, &startup, &process)) {
+        return false;
+    }
+    // Nothing waits for the process: the handles are not needed.
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    return true;
+}
+
+#else
+
+int operatingSystemFamily() noexcept {
+    struct utsname name;
+    return ::uname(&name) == 0 ? 2 : 0;
+}
+
+bool isWindowsXP() noexcept { return false; }
+
+bool isExecutableFile(const char* path) noexcept {
+    struct stat info;
+    return ::stat(path, &info) == 0 && S_ISREG(info.st_mode) && ::access(path, X_OK) == 0;
+}
+
+// Double fork: the child starts a new session and forks the program, then exits at once and is
+// reaped here, so the program is adopted by init and never becomes our zombie.  A pipe closed
+// on a successful exec tells whether the program really started.
+bool startDetached(char* /*commandLine*/, char* const* argv) noexcept {
+    int report[2];
+    if (::pipe(report) != 0) return false;
+    ::fcntl(report[1], F_SETFD, FD_CLOEXEC);
+    const pid_t child = ::fork();
+    if (child < 0) {
+        ::close(report[0]);
+        ::close(report[1]);
+        return false;
+    }
+    if (child == 0) {
+        ::close(report[0]);
+        ::setsid();
+        const pid_t program = ::fork();
+        if (program == 0) {
+            ::execv(argv[0], argv);
+            const int failure = errno;
+            (void)!::write(report[1], &failure, sizeof failure);
+            ::_exit(127);
+        }
+        ::_exit(program < 0 ? 1 : 0);
+    }
+    ::close(report[1]);
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    int failure = 0;
+    ssize_t got = 0;
+    do {
+        got = ::read(report[0], &failure, sizeof failure);
+    } while (got < 0 && errno == EINTR);
+    ::close(report[0]);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0 && got == 0;
+}
+
+#endif
 
 char directorySeparator() noexcept {
 #if defined(_WIN32)

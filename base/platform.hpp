@@ -19,6 +19,30 @@ const char* verticalFitTracePath() noexcept;
 // The separator a directory name gets before a file name is appended to it.
 char directorySeparator() noexcept;
 
+// The operating-system family: 1 for Windows 95/98/Me, 2 for any other recognised platform, 0
+// when the query fails.
+int operatingSystemFamily() noexcept;
+
+// True on Windows version 5.1.
+bool isWindowsXP() noexcept;
+
+// Starts a command line without waiting: CreateProcessA on Windows; elsewhere the arguments
+// (already split, argv[0] the program, null-terminated) are started detached.  False when the
+// program could not be started.
+bool startDetached(char* commandLine, char* const* argv) noexcept;
+
+// True when path names a regular file the process may execute.
+bool isExecutableFile(const char* path) noexcept;
+
+// Whether program names are looked up on PATH by this library (not on Windows, whose process
+// start searches itself).
+constexpr bool kLooksUpPrograms =
+#if defined(_WIN32)
+    false;
+#else
+    true;
+#endif
+
 // A file opened for reading at explicit offsets (no shared file position, nothing buffered).
 class ReadOnlyFile {
 public:

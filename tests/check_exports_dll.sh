@@ -20,7 +20,9 @@ if [ "$strip_stdcall" = "stdcall" ]; then
 else
     sort -u "$work/names" > "$work/actual"
 fi
-cat "$lists"/*.txt | sed -e 's/#.*//' -e 's/[[:space:]]//g' | grep -v '^$' | sort -u > "$work/expected"
+# A DLL does not export the type-name strings (_ZTS...) of an exported class; everything else
+# of the C++ class (vtable, type information, members) is exported as on other systems.
+cat "$lists"/*.txt | sed -e 's/#.*//' -e 's/[[:space:]]//g' | grep -v -E '^$|^_ZTS' | sort -u > "$work/expected"
 if ! diff -u "$work/expected" "$work/actual"; then
     echo "exported symbols differ from the interface lists (- missing, + unexpected)"
     exit 1

@@ -7,6 +7,7 @@
 #include "korvelbase/types.h"
 #include "korvelbase/constants.h"
 #include "korvelbase/compare.h"
+#include "korvelbase/qmutil.h"
 #include "korvelbase/convert.h"
 #include "korvelbase/mem.h"
 #include "korvelbase/blockarray.h"
