@@ -3,6 +3,7 @@
 
 #if defined(_WIN32)
 #include <malloc.h>
+#include <objbase.h>
 #include <windows.h>
 #elif defined(__APPLE__)
 #include <fcntl.h>
@@ -21,6 +22,10 @@
 #endif
 
 #include <cerrno>
+#include <cstring>
+#if defined(__linux__)
+#include <sys/random.h>
+#endif
 
 namespace kb::platform {
 
@@ -74,6 +79,52 @@ bool isWindowsXP() noexcept {
     return windowsVersion(info) && info.dwMajorVersion == kXpMajor && info.dwMinorVersion == kXpMinor;
 }
 
+bool secureRandomBytes(void* buffer, std::size_t size) noexcept {
+    GUID g;  // CoCreateGuid draws from the system's secure source; take its random bytes
+    auto* out = static_cast<unsigned char*>(buffer);
+    while (size > 0) {
+        if (CoCreateGuid(&g) != S_OK) return false;
+        const std::size_t n = size < 8 ? size : 8;
+        std::memcpy(out, g.Data4, n);
+        out += n;
+        size -= n;
+    }
+    return true;
+}
+
+static_assert(sizeof(GUID) == 16 && sizeof(wchar_t) == sizeof(char16_t), "Windows identifier layout");
+
+bool systemCreateGuid(void* guid16, std::int32_t& result) noexcept {
+    GUID g;
+    result = static_cast<std::int32_t>(CoCreateGuid(&g));
+    if (result == 0) std::memcpy(guid16, &g, sizeof g);
+    return true;
+}
+
+bool systemGuidToText(const void* guid16, char16_t* text40, std::int32_t& result) noexcept {
+    GUID g;
+    std::memcpy(&g, guid16, sizeof g);
+    wchar_t text[40];
+    const int written = StringFromGUID2(g, text, 40);
+    std::memcpy(text40, text, sizeof text);
+    result = written > 0 ? 0 : static_cast<std::int32_t>(E_FAIL);
+    return true;
+}
+
+bool systemGuidFromText(const char16_t* text, void* guid16, std::int32_t& result) noexcept {
+    wchar_t copy[40];
+    std::size_t n = 0;
+    while (n < 39 && text[n] != 0) {
+        copy[n] = static_cast<wchar_t>(text[n]);
+        ++n;
+    }
+    copy[n] = 0;
+    GUID g;
+    result = static_cast<std::int32_t>(IIDFromString(copy, &g));
+    if (result == 0) std::memcpy(guid16, &g, sizeof g);
+    return true;
+}
+
 bool isExecutableFile(const char* path) noexcept {
     const DWORD attributes = GetFileAttributesA(path);
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
@@ -103,6 +154,35 @@ int operatingSystemFamily() noexcept {
 }
 
 bool isWindowsXP() noexcept { return false; }
+
+bool secureRandomBytes(void* buffer, std::size_t size) noexcept {
+    auto* out = static_cast<unsigned char*>(buffer);
+#if defined(__linux__)
+    while (size > 0) {
+        const ssize_t got = ::getrandom(out, size, 0);
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) break;
+        out += got;
+        size -= static_cast<std::size_t>(got);
+    }
+    if (size == 0) return true;
+#endif
+    const int fd = ::open("/dev/urandom", O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return false;
+    while (size > 0) {
+        const ssize_t got = ::read(fd, out, size);
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) break;
+        out += got;
+        size -= static_cast<std::size_t>(got);
+    }
+    ::close(fd);
+    return size == 0;
+}
+
+bool systemCreateGuid(void*, std::int32_t&) noexcept { return false; }
+bool systemGuidToText(const void*, char16_t*, std::int32_t&) noexcept { return false; }
+bool systemGuidFromText(const char16_t*, void*, std::int32_t&) noexcept { return false; }
 
 bool isExecutableFile(const char* path) noexcept {
     struct stat info;

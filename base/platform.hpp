@@ -31,6 +31,17 @@ bool isWindowsXP() noexcept;
 // program could not be started.
 bool startDetached(char* commandLine, char* const* argv) noexcept;
 
+// Fills buffer with bytes from the operating system's secure random source; false when it
+// cannot.
+bool secureRandomBytes(void* buffer, std::size_t size) noexcept;
+
+// The system's identifier services, where the system has them (Windows: CoCreateGuid,
+// StringFromGUID2, IIDFromString).  Each returns false when the system has none, and the
+// library then does the work itself; otherwise it stores the system's result code.
+bool systemCreateGuid(void* guid16, std::int32_t& result) noexcept;
+bool systemGuidToText(const void* guid16, char16_t* text40, std::int32_t& result) noexcept;
+bool systemGuidFromText(const char16_t* text, void* guid16, std::int32_t& result) noexcept;
+
 // True when path names a regular file the process may execute.
 bool isExecutableFile(const char* path) noexcept;
 
