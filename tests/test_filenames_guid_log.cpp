@@ -198,10 +198,16 @@ TEST(LogFile, OpenWriteClose) {
     EXPECT_EQ(qmLogFile_write("station %d level %s", 12, "ok"), 0);
     EXPECT_EQ(qmLogFile_write("second"), 0);
     EXPECT_EQ(qmLogFile_close(), 0);
-    std::ifstream in(path);
     std::stringstream all;
-    all << in.rdbuf();
+    {
+        std::ifstream in(path, std::ios::binary);  // closed before the file is removed
+        all << in.rdbuf();
+    }
+#if defined(_WIN32)
+    EXPECT_EQ(all.str(), "station 12 level ok\r\nsecond\r\n");  // a text-mode file
+#else
     EXPECT_EQ(all.str(), "station 12 level ok\nsecond\n");
+#endif
     EXPECT_EQ(qmLogFile_open((path.parent_path() / "no-such-folder" / "x.txt").string().c_str()), ERR_FAILURE);
     std::filesystem::remove(path);
 }
