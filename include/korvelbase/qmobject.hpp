@@ -43,7 +43,7 @@ protected:
     virtual void getUserData(long long& value) const noexcept;
 
 private:
-    std::uint32_t reserved_ = 0;  // read and written by nothing
+    [[maybe_unused]] std::uint32_t reserved_ = 0;  // read and written by nothing
     std::uint32_t referenceCount_ = 0;
     std::uint32_t clsId_;          // left unset by the default constructor
     long long userData_ = 0;     // signed 64 bits (long long on every target, one mangling)
