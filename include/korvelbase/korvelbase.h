@@ -16,6 +16,7 @@
 #include "korvelbase/bestfit_vertical.h"
 #include "korvelbase/qmgeoid.h"
 #include "korvelbase/conversion.h"
+#include "korvelbase/qmformat.h"
 #include "korvelbase/qmfilename.h"
 #include "korvelbase/qmguid.h"
 #include "korvelbase/qmlogfile.h"

@@ -15,13 +15,6 @@
 
 #include "korvelbase/types.h"
 
-/* A UTF-16 code unit: char16_t in C++, its C11 definition (uint_least16_t) in C. */
-#ifdef __cplusplus
-typedef char16_t QmChar16;
-#else
-typedef uint_least16_t QmChar16;
-#endif
-
 KB_BEGIN_DECLS
 
 typedef struct QmGuid {

@@ -20,6 +20,13 @@
 /** The status value that signals failure; 0 signals success. */
 #define ERR_FAILURE 0x8000
 
+/** A UTF-16 code unit of wide text: char16_t in C++, its C11 definition in C. */
+#ifdef __cplusplus
+typedef char16_t QmChar16;
+#else
+typedef uint_least16_t QmChar16;
+#endif
+
 /** A point or vector of the plane. */
 typedef struct Point2d {
     double x;
