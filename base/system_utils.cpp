@@ -64,10 +64,16 @@ kb::String resolveProgram(const kb::String& name) {
     const char* folder = path;
     for (;;) {
         const char* end = std::strchr(folder, ':');
-        kb::String candidate(folder, end != nullptr ? static_cast<std::size_t>(end - folder) : std::strlen(folder));
-        if (candidate.empty()) candidate = ".";
-        candidate += '/';
-        candidate += name;
+        const std::size_t length = end != nullptr ? static_cast<std::size_t>(end - folder) : std::strlen(folder);
+        kb::String candidate;
+        candidate.reserve(length + name.size() + 2);
+        if (length == 0) {
+            candidate.push_back('.');  // an empty entry is the current folder
+        } else {
+            candidate.append(folder, length);
+        }
+        candidate.push_back('/');
+        candidate.append(name);
         if (kb::platform::isExecutableFile(candidate.c_str())) return candidate;
         if (end == nullptr) return kb::String();
         folder = end + 1;

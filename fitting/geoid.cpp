@@ -222,6 +222,32 @@ bool readNodes(std::int64_t row, std::int64_t column, int count, double* values)
     return true;
 }
 
+// Rows narrow enough that the whole 3 x 3 block is read in one positioned read (from its first
+// node to its last); wider grids read the three contiguous row triples separately.
+constexpr std::uint64_t kOneReadBytes = 32 * 1024;
+
+bool readBlock(std::int64_t firstRow, std::int64_t firstColumn, double (&block)[kBlock][kBlock]) {
+    const Grid& g = model.grid;
+    const std::uint64_t rowBytes = static_cast<std::uint64_t>(g.columns) * kNodeBytes;
+    const std::uint64_t span = 2 * rowBytes + kBlock * kNodeBytes;
+    if (span <= kOneReadBytes) {
+        unsigned char bytes[kOneReadBytes];
+        if (!model.file.readAt(nodeOffset(g, firstRow, firstColumn), bytes, static_cast<std::size_t>(span))) {
+            return false;
+        }
+        for (int r = 0; r < kBlock; ++r) {
+            for (int c = 0; c < kBlock; ++c) {
+                block[r][c] = floatAt(bytes + static_cast<std::uint64_t>(r) * rowBytes + static_cast<std::uint64_t>(c) * kNodeBytes);
+            }
+        }
+        return true;
+    }
+    for (int r = 0; r < kBlock; ++r) {
+        if (!readNodes(firstRow + r, firstColumn, kBlock, block[r])) return false;
+    }
+    return true;
+}
+
 // The block's centre index moved inward so that the block stays inside 1..count.
 std::int64_t blockCentre(std::int64_t index, std::int32_t count) {
     if (index <= 1) return 2;
@@ -246,11 +272,9 @@ bool interpolate(double lat, double lon, double& value) {
     const std::int64_t jc = blockCentre(j, g.columns);
     const double t = (lon - (g.west + static_cast<double>(jc - 2) * g.longitudeSpacing)) / g.longitudeSpacing;
     double rowValues[kBlock];
-    for (int r = 0; r < kBlock; ++r) {
-        double nodes[kBlock];
-        if (!readNodes(ic - 1 + r, jc - 1, kBlock, nodes)) return false;
-        rowValues[r] = quadraticThrough(t, nodes[0], nodes[1], nodes[2]);
-    }
+    double block[kBlock][kBlock];
+    if (!readBlock(ic - 1, jc - 1, block)) return false;
+    for (int r = 0; r < kBlock; ++r) rowValues[r] = quadraticThrough(t, block[r][0], block[r][1], block[r][2]);
     const double u = (lat - (g.south + static_cast<double>(ic - 2) * g.latitudeSpacing)) / g.latitudeSpacing;
     value = quadraticThrough(u, rowValues[0], rowValues[1], rowValues[2]);
     return true;
