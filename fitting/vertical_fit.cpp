@@ -133,9 +133,34 @@ public:
     }
 
     // Index of the first IP whose station is not below s (size() when none).
-    std::size_t firstAtOrAbove(double s) const {
-        std::size_t lo = 0;
-        std::size_t hi = size();
+    std::size_t firstAtOrAbove(double s) const { return searchBetween(s, 0, size()); }
+
+    // The same, searched outward from a hint (galloping), so that a scan moving forward a few
+    // IPs at a time pays for the distance moved rather than for the whole table.
+    std::size_t firstAtOrAbove(double s, std::size_t hint) const {
+        const std::size_t n = size();
+        if (hint >= n) hint = n == 0 ? 0 : n - 1;
+        if (n == 0) return 0;
+        std::size_t step = 1;
+        if ((*this)[hint].station < s) {
+            std::size_t lo = hint;  // station(lo) < s
+            while (lo + step < n && (*this)[lo + step].station < s) {
+                lo += step;
+                step *= 2;
+            }
+            return searchBetween(s, lo + 1, lo + step < n ? lo + step + 1 : n);
+        }
+        std::size_t hi = hint;  // station(hi) >= s
+        while (hi >= step && !((*this)[hi - step].station < s)) {
+            hi -= step;
+            step *= 2;
+        }
+        return searchBetween(s, hi >= step ? hi - step : 0, hi);
+    }
+
+private:
+    // Binary search for the first station not below s within [lo, hi).
+    std::size_t searchBetween(double s, std::size_t lo, std::size_t hi) const {
         while (lo < hi) {
             const std::size_t mid = lo + (hi - lo) / 2;
             if ((*this)[mid].station < s) {
@@ -147,7 +172,6 @@ public:
         return lo;
     }
 
-private:
     std::size_t physical(std::size_t i) const { return i < gapStart_ ? i : i + gap_; }
 
     void moveGapTo(std::size_t at) {
@@ -270,7 +294,7 @@ private:
                 addIp(station_[k], value, 1);
                 ++added;
                 ++counter;
-                traceTable(label + kb::integerText(counter));
+                if (trace_.on()) traceTable(label + kb::integerText(counter));
             }
         }
         return added;
@@ -281,7 +305,7 @@ private:
         double filterValue = p_.cogFilterValue;
         for (int pass = 1; pass <= kMostFilterPasses; ++pass) {
             const std::size_t removed = removeSmallGradeChanges(filterValue);
-            traceTable("\tFilter Value = " + fixedText(filterValue, 5) + " Iteration " +
+            if (trace_.on()) traceTable("\tFilter Value = " + fixedText(filterValue, 5) + " Iteration " +
                        kb::integerText(pass));
             if (removed == 0) {
                 trace_.write("Filtering Complete\n\n");
@@ -441,7 +465,8 @@ private:
         // Only IPs with a station in [x - H, x + H] (and the one before) can reach x; a small
         // margin keeps rounding from excluding one.
         const double reach = maxHalfLength_ + 1e-9 * (std::fabs(x) + maxHalfLength_) + 1e-12;
-        std::size_t i = ips_.firstAtOrAbove(x - reach);
+        std::size_t i = ips_.firstAtOrAbove(x - reach, evaluationHint_);
+        evaluationHint_ = i;
         i = i > 0 ? i - 1 : 0;
         for (; i < m && !(ips_[i].station - reach > x); ++i) {
             const Ip& ip = ips_[i];
@@ -487,6 +512,7 @@ private:
     std::size_t firstLimit_ = 0;
     std::size_t lastLimit_ = 0;
     double maxHalfLength_ = 0.0;  // upper bound of every curve's half length
+    mutable std::size_t evaluationHint_ = 0;  // where the last evaluation started (a hint only)
     bool overlap_ = false;
 };
 
