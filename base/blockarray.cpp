@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "base/block_storage.hpp"
+#include "base/entry.hpp"
 #include "korvelbase/blockarray.h"
 #include "korvelbase/mem.h"
 
@@ -15,8 +16,21 @@ constexpr int kBlockArrayStep = 10;  // elements per growth step
 int memErrorWord = 0;
 int memDetailWord = 0;
 
-void clearError() { memErrorWord = 0; }
-void raiseError() { memErrorWord = ERR_FAILURE; }
+void clearError() noexcept { memErrorWord = 0; }
+void raiseError() noexcept { memErrorWord = ERR_FAILURE; }
+
+// The entry of every block-array operation: clears the error word, then false (word raised)
+// when a required pointer is null.
+template <typename... Pointers>
+[[nodiscard]] bool enter(const Pointers*... pointers) noexcept {
+    return kb::enterOperation<clearError, raiseError>(pointers...);
+}
+
+// False, with the error word raised, when a condition on the arguments does not hold.
+bool require(bool holds) noexcept {
+    if (!holds) raiseError();
+    return holds;
+}
 
 bool resize(void** array, int size, int* count, int delta) {
     return kb::resizeByDelta(array, size, count, delta, kBlockArrayStep,
@@ -40,11 +54,7 @@ bool growNonEmpty(void** array, int size, int* count, int k) {
 }
 
 void appendZeroed(void** array, int size, int* count, int k) {
-    clearError();
-    if (array == nullptr || count == nullptr || *count < 0 || size < 0 || k < 1) {
-        raiseError();
-        return;
-    }
+    if (!enter(array, count) || !require(*count >= 0 && size >= 0 && k >= 1)) return;
     if (*count == 0) {
         startWithZeroed(array, size, count, k);
         return;
@@ -54,10 +64,8 @@ void appendZeroed(void** array, int size, int* count, int k) {
 }
 
 void insertGap(void** array, int size, int* count, int index, int k) {
-    clearError();
-    if (array == nullptr || count == nullptr || *count < 0 || size < 0 || k < 1 || index < 0 ||
-        index > *count) {
-        raiseError();
+    if (!enter(array, count) ||
+        !require(*count >= 0 && size >= 0 && k >= 1 && index >= 0 && index <= *count)) {
         return;
     }
     if (*count == 0) {
@@ -83,10 +91,8 @@ void releaseStorage(void** array) {
 }
 
 void removeRange(void** array, int size, int* count, int first, int last) {
-    clearError();
-    if (array == nullptr || count == nullptr || size < 0 || *count < 0 || first < 0 ||
-        last < first || last >= *count || *array == nullptr) {
-        raiseError();
+    if (!enter(array, count) || !require(size >= 0 && *count >= 0 && first >= 0 &&
+                                          last >= first && last < *count && *array != nullptr)) {
         return;
     }
     const int removed = last - first + 1;
@@ -114,11 +120,7 @@ void MEM_SetErreur(int error, int detail) noexcept {
 }
 
 void MEM_CreerTableau(void** array, int size, int n) noexcept {
-    clearError();
-    if (array == nullptr || *array != nullptr || n < 0 || size < 0) {
-        raiseError();
-        return;
-    }
+    if (!enter(array) || !require(*array == nullptr && n >= 0 && size >= 0)) return;
     if (n == 0) {
         *array = nullptr;
         return;
@@ -128,11 +130,7 @@ void MEM_CreerTableau(void** array, int size, int n) noexcept {
 }
 
 void MEM_ModifierTailleTableau(void** array, int size, int n) noexcept {
-    clearError();
-    if (array == nullptr || *array == nullptr || n < 0 || size < 0) {
-        raiseError();
-        return;
-    }
+    if (!enter(array) || !require(*array != nullptr && n >= 0 && size >= 0)) return;
     if (n == 0) {
         // The old storage is not released here: callers release it before shrinking to zero.
         *array = nullptr;
@@ -143,22 +141,20 @@ void MEM_ModifierTailleTableau(void** array, int size, int n) noexcept {
     if (kb::storageBytes(kb::blockCapacity(n, kBlockArrayStep), size, &bytes) && bytes > 0) {
         resized = qmMem_realloc(*array, bytes);
     }
+    if (resized == nullptr) {
+        // The caller's pointer becomes null; the old block goes back to the heap rather than
+        // leaking, since nothing refers to it any more.
+        qmMem_free(*array);
+        raiseError();
+    }
     *array = resized;
-    if (resized == nullptr) raiseError();
 }
 
 int MEM_RecupererRang(const void* base, int count, int size, const void* sample, int* rank) noexcept {
-    clearError();
-    if (rank == nullptr) {
-        raiseError();
-        return 0;
-    }
+    if (!enter(rank)) return 0;
     *rank = -1;
     if (count < 1) return 0;
-    if (base == nullptr || size < 0 || (sample == nullptr && size > 0)) {
-        raiseError();
-        return 0;
-    }
+    if (!require(base != nullptr && size >= 0 && (sample != nullptr || size == 0))) return 0;
     const auto* bytes = static_cast<const unsigned char*>(base);
     const auto elementBytes = static_cast<std::size_t>(size);
     for (int i = 0; i < count; ++i) {
@@ -179,7 +175,7 @@ void MEM_EtendreTableauParBloc(void** array, int size, int* count, int k) noexce
 }
 
 void MEM_LibererTableau(void** array) noexcept {
-    clearError();
+    if (!enter(array)) return;
     releaseStorage(array);
 }
 

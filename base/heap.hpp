@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <new>
+#include <string>
 #include <vector>
 
 namespace kb::heap {
@@ -25,6 +26,23 @@ template <typename T>
 T* allocateArray(std::size_t count) noexcept {
     if (count != 0 && count > static_cast<std::size_t>(-1) / sizeof(T)) return nullptr;
     return static_cast<T*>(allocate(count * sizeof(T)));
+}
+
+// An object of T built in storage from the layer; null when the allocation fails.  T's
+// constructor must not throw.
+template <typename T, typename... Args>
+T* create(Args&&... args) noexcept {
+    void* storage = allocate(sizeof(T));
+    if (storage == nullptr) return nullptr;
+    return new (storage) T{static_cast<Args&&>(args)...};
+}
+
+// Ends an object made by create and returns its storage; null is a no-op.
+template <typename T>
+void destroy(T* object) noexcept {
+    if (object == nullptr) return;
+    object->~T();
+    release(object);
 }
 
 }  // namespace kb::heap
@@ -53,6 +71,8 @@ struct HeapAllocator {
 
 template <typename T>
 using Vector = std::vector<T, HeapAllocator<T>>;
+
+using String = std::basic_string<char, std::char_traits<char>, HeapAllocator<char>>;
 
 }  // namespace kb
 

@@ -193,8 +193,15 @@ int qmDynArray_insertAndSetElement(QmDynArray* array, int index, const void* sou
 
 int qmDynArray_deleteElement(QmDynArray* array, int index) noexcept {
     if (array == nullptr) return ERR_FAILURE;
+    // -1 is the last element; only an index past the last is a failure.  An index below -1, or
+    // an array whose storage a failed reallocation lost, makes the removal itself fail, which
+    // the result does not report.
+    const int last = array->count - 1;
+    if ((index == kLastOrEnd ? last : index) > last || (index == kLastOrEnd && last < 0)) {
+        return ERR_FAILURE;
+    }
     const int resolved = existingIndex(array, index);
-    if (resolved < 0) return ERR_FAILURE;
+    if (resolved < 0) return 0;
     releaseElement(array, resolved);
     removeAt(array, resolved);  // a failed shrink is swallowed deliberately
     return 0;

@@ -13,6 +13,7 @@
 #include <stdexcept>
 
 #include "base/boundary.hpp"
+#include "base/heap.hpp"
 #include "korvelbase/mem.h"
 
 namespace kb {
@@ -344,7 +345,7 @@ extern "C" {
 
 int qmLinkedList_create(QmLinkedList** out, int elementSize) noexcept {
     if (out == nullptr || *out != nullptr || elementSize <= 0) return 0;
-    QmLinkedList* list = new (std::nothrow) QmLinkedList{};
+    QmLinkedList* list = kb::heap::create<QmLinkedList>();
     if (list == nullptr) return ERR_FAILURE;
     list->sentinel.next = list->sentinel.prev = endOf(list);
     list->sentinel.owner = list;
@@ -357,7 +358,7 @@ int qmLinkedList_create(QmLinkedList** out, int elementSize) noexcept {
 int qmLinkedList_destroy(QmLinkedList** list) noexcept {
     if (list == nullptr || *list == nullptr) return ERR_FAILURE;
     eraseAll(*list);
-    delete *list;
+    kb::heap::destroy(*list);
     *list = nullptr;
     return 0;
 }
@@ -526,7 +527,7 @@ int qmLinkedList_reverse(QmLinkedList* list) noexcept {
 
 int qmLListIterator_create(QmLListIterator** out, QmLinkedList* list) noexcept {
     if (out == nullptr || *out != nullptr || list == nullptr) return ERR_FAILURE;
-    QmLListIterator* it = new (std::nothrow) QmLListIterator{1, endOf(list), list};
+    QmLListIterator* it = kb::heap::create<QmLListIterator>(1, endOf(list), list);
     if (it == nullptr) return ERR_FAILURE;
     *out = it;
     return 0;
@@ -534,7 +535,7 @@ int qmLListIterator_create(QmLListIterator** out, QmLinkedList* list) noexcept {
 
 int qmLListIterator_destroy(QmLListIterator** it) noexcept {
     if (it == nullptr || *it == nullptr) return ERR_FAILURE;
-    delete *it;
+    kb::heap::destroy(*it);
     *it = nullptr;
     return 0;
 }

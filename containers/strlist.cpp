@@ -66,24 +66,49 @@ bool validField(const QmStrList* list, int field) {
     return field >= 0 && field < list->infoFieldCount;
 }
 
-// False when a failed growth has lost the member records (a count without storage).
-bool membersPresent(const QmStrList* list) {
-    return memberCount(list) == 0 || qmDynArray_getElementAdd(list->members, 0) != nullptr;
+// A new array of member records: members [0, at), then gap empty members, then the members from
+// at + skipped on; null when an allocation fails.  The list's own array is not touched, so a
+// failure leaves the list exactly as it was (no member, text or field array lost).
+QmDynArray* rebuiltMembers(const QmStrList* list, int at, int gap, int skipped) {
+    const int oldSize = memberCount(list);
+    const int newSize = oldSize - skipped + gap;
+    QmDynArray* rebuilt = nullptr;
+    if (qmDynArray_create(&rebuilt, static_cast<int>(sizeof(Member))) != 0 || rebuilt == nullptr) {
+        return nullptr;
+    }
+    if (newSize > 0) {
+        qmDynArray_insertElements(rebuilt, kAtEnd, newSize);
+        if (qmDynArray_getSize(rebuilt) != newSize ||
+            qmDynArray_getElementAdd(rebuilt, 0) == nullptr) {
+            qmDynArray_destroy(&rebuilt);
+            return nullptr;
+        }
+        auto* target = static_cast<Member*>(qmDynArray_getElementAdd(rebuilt, 0));
+        const auto* source =
+            oldSize > 0 ? static_cast<const Member*>(qmDynArray_getElementAdd(list->members, 0))
+                        : nullptr;
+        const int tail = oldSize - at - skipped;
+        if (at > 0) std::memcpy(target, source, static_cast<std::size_t>(at) * sizeof(Member));
+        std::memset(target + at, 0, static_cast<std::size_t>(gap) * sizeof(Member));
+        if (tail > 0) {
+            std::memcpy(target + at + gap, source + at + skipped,
+                        static_cast<std::size_t>(tail) * sizeof(Member));
+        }
+    }
+    return rebuilt;
 }
 
-// Opens count empty members before index (kAtEnd: after the last).  A growth that lost the
-// storage leaves an empty list rather than a count without members behind it.
+// Makes members the list's record array; the old records go (not the members they pointed to).
+void adoptMembers(QmStrList* list, QmDynArray* members) {
+    qmDynArray_destroy(&list->members);
+    list->members = members;
+}
+
+// Opens count empty members before index (kAtEnd: after the last).
 bool insertEmptyMembers(QmStrList* list, int index, int count) {
-    const int oldSize = memberCount(list);
-    qmDynArray_insertElements(list->members, index, count);
-    if (!membersPresent(list)) {
-        qmDynArray_clear(list->members);
-        return false;
-    }
-    if (memberCount(list) != oldSize + count) return false;
-    // A gap opened inside the array still holds the moved members' pointers: clear it.
-    const int first = index == kAtEnd ? oldSize : index;
-    std::memset(memberAt(list, first), 0, static_cast<std::size_t>(count) * sizeof(Member));
+    QmDynArray* grown = rebuiltMembers(list, index == kAtEnd ? memberCount(list) : index, count, 0);
+    if (grown == nullptr) return false;
+    adoptMembers(list, grown);
     return true;
 }
 
@@ -209,11 +234,11 @@ int qmStrList_deleteMember(QmStrList* list, int first, int count) noexcept {
     const int size = memberCount(list);
     if (first < 0 || first >= size) return ERR_FAILURE;
     if (count > size - first) count = size - first;
-    for (int i = first + count - 1; i >= first; --i) {
-        releaseMember(memberAt(list, i));
-        const int status = qmDynArray_deleteElement(list->members, i);
-        if (status != 0) return status;
-    }
+    // The shortened record array is built first: when it cannot be, the list is untouched.
+    QmDynArray* shortened = rebuiltMembers(list, first, 0, count);
+    if (shortened == nullptr) return ERR_FAILURE;
+    for (int i = first + count - 1; i >= first; --i) releaseMember(memberAt(list, i));
+    adoptMembers(list, shortened);
     return 0;
 }
 

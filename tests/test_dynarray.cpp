@@ -139,9 +139,11 @@ TEST(DynArray, RandomOperationsMatchVectorModel) {
                     model.insert(model.begin() + p, next++);
                 }
             } else if (op <= 4) {  // delete, sometimes the last, sometimes past the end
-                const int index = pick(-1, size);
-                const bool exists = size > 0 && index < size;
-                EXPECT_EQ(qmDynArray_deleteElement(array, index), exists ? 0 : ERR_FAILURE);
+                const int index = pick(-3, size);
+                const bool exists = size > 0 && index >= -1 && index < size;
+                // Below -1 nothing is removed, yet the result is 0: only the upper bound fails.
+                const bool refused = index >= size || (index == -1 && size == 0);
+                EXPECT_EQ(qmDynArray_deleteElement(array, index), refused ? ERR_FAILURE : 0);
                 if (exists) model.erase(index == -1 ? model.end() - 1 : model.begin() + index);
             } else {  // a clone is an equal, independent copy with the same block size
                 QmDynArray* copy = nullptr;

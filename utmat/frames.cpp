@@ -17,7 +17,6 @@
 namespace {
 
 using kb::utmat::raiseError;
-using kb::utmat::refuseNull;
 
 // Modes of UTMAT_NormaliserAngle.
 constexpr int kRangeHalfTurnEachSide = 0;  // (-pi, pi]
@@ -48,12 +47,12 @@ double angleBetween(const Point2d& v1, const Point2d& v2) noexcept {
 
 }  // namespace
 
-using kb::utmat::clearError;
+using kb::utmat::enter;
 
 extern "C" {
 
 double UTMAT_NormaliserAngle(int mode, double angle) noexcept {
-    clearError();
+    enter();
     switch (mode) {
         case kRangeHalfTurnEachSide: {
             const double r = kb::normalizeAngle(angle);
@@ -71,8 +70,7 @@ double UTMAT_NormaliserAngle(int mode, double angle) noexcept {
 
 double UTMAT_CalculerAngleAuCentre(const Point2d* c, const Point2d* p1, const Point2d* p2,
                                    int ccw) noexcept {
-    clearError();
-    if (refuseNull(c, p1, p2)) return 0.0;
+    if (!enter(c, p1, p2)) return 0.0;
     double sweep = 0.0;
     if (!kb::sweepAroundCentre(c->x, c->y, p1->x, p1->y, p2->x, p2->y, ccw != 0, &sweep)) {
         raiseError();
@@ -83,8 +81,7 @@ double UTMAT_CalculerAngleAuCentre(const Point2d* c, const Point2d* p1, const Po
 
 double UTMAT_CalculerAnglePtOffsetAngle(const Point2d* p, const Point2d* c, double t0,
                                         int ccw) noexcept {
-    clearError();
-    if (refuseNull(p, c)) return 0.0;
+    if (!enter(p, c)) return 0.0;
     double t = std::atan2(p->y - c->y, p->x - c->x);
     if (t < 0.0) t += dc_2pi;
     const double sweep = t0 <= t ? t - t0 : dc_2pi - (t0 - t);
@@ -92,20 +89,17 @@ double UTMAT_CalculerAnglePtOffsetAngle(const Point2d* p, const Point2d* c, doub
 }
 
 double UTMAT_CalculerAngleV1V2(const Point2d* v1, const Point2d* v2) noexcept {
-    clearError();
-    if (refuseNull(v1, v2)) return 0.0;
+    if (!enter(v1, v2)) return 0.0;
     return angleBetween(*v1, *v2);
 }
 
 void UTMAT_CalculerAngleD1D2(const UtDroite* d1, const UtDroite* d2, double* out) noexcept {
-    clearError();
-    if (refuseNull(d1, d2, out)) return;
+    if (!enter(d1, d2, out)) return;
     *out = angleBetween(lineDirection(*d1), lineDirection(*d2));
 }
 
 void UTMAT_CalculerBissectriceV1V2(const Point2d* v1, const Point2d* v2, Point2d* out) noexcept {
-    clearError();
-    if (refuseNull(v1, v2, out)) return;
+    if (!enter(v1, v2, out)) return;
     const Point2d u1 = kb::utmat::unit(*v1);
     const Point2d u2 = kb::utmat::unit(*v2);
     const double k = kb::utmat::cross(u1, u2);
@@ -122,22 +116,19 @@ void UTMAT_CalculerBissectriceV1V2(const Point2d* v1, const Point2d* v2, Point2d
 }
 
 void UTMAT_ChangerRepere(const Point2d* p, const Point2d* o, double t, Point2d* out) noexcept {
-    clearError();
-    if (refuseNull(p, o, out)) return;
+    if (!enter(p, o, out)) return;
     *out = rotated(kb::utmat::difference(*o, *p), -t);
 }
 
 void UTMAT_CalculerCentreRepere2(const Point2d* p, const Point2d* q, double t, Point2d* out) noexcept {
-    clearError();
-    if (refuseNull(p, q, out)) return;
+    if (!enter(p, q, out)) return;
     const Point2d offset = rotated(*q, t);
     *out = {p->x - offset.x, p->y - offset.y};
 }
 
 Point2d* UTMAT_CalculerPointTranslationRotation(const Point2d* translation, double t,
                                                 Point2d* p) noexcept {
-    clearError();
-    if (refuseNull(translation, p)) return p;
+    if (!enter(translation, p)) return p;
     qmMath_locateByTranslationRotation2d(&p->x, &p->y, p->x, p->y, translation->x,
                                          translation->y, t);
     return p;

@@ -43,7 +43,7 @@ void takeBlockArrayError() noexcept {
 
 }  // namespace kb::utmat
 
-using kb::utmat::clearError;
+using kb::utmat::enter;
 
 extern "C" {
 
@@ -53,26 +53,26 @@ void UTMAT_GetErreur(uint32_t* error, uint32_t* detail) noexcept {
 }
 
 void UTMAT_setCalculPrecision(double precision) noexcept {
-    clearError();
+    enter();
     calculationPrecisionValue = precision;
 }
 
 double UTMAT_getCalculPrec(void) noexcept { return calculationPrecisionValue; }
 
 void UTMAT_setDistanceTolerance(double tolerance) noexcept {
-    clearError();
+    enter();
     distanceToleranceValue = tolerance;
 }
 
 double UTMAT_getDistanceTolerance(void) noexcept { return distanceToleranceValue; }
 
 void UTMAT_SetTarnakSpiralFormula(void) noexcept {
-    clearError();
+    enter();
     spiralFormulaSelector = UTMAT_SPIRAL_FORMULA_TARNAK;
 }
 
 void UTMAT_SetVelmoranSpiralFormula(void) noexcept {
-    clearError();
+    enter();
     spiralFormulaSelector = UTMAT_SPIRAL_FORMULA_VELMORAN;
 }
 
@@ -80,37 +80,37 @@ void UTMAT_SetVelmoranSpiralFormula(void) noexcept {
 // word.  Equality deliberately uses the magnitude of the tolerance (qmMath_doublesNearEqual).
 
 int UTMAT_Inf(double a, double b, double tol) noexcept {
-    clearError();
+    enter();
     return qmUtil_lessDouble(a, b, tol);
 }
 
 int UTMAT_InfOuEgal(double a, double b, double tol) noexcept {
-    clearError();
+    enter();
     return qmUtil_lessOrEqualDouble(a, b, tol);
 }
 
 int UTMAT_Egal(double a, double b, double tol) noexcept {
-    clearError();
+    enter();
     return qmMath_doublesNearEqual(a, b, tol);
 }
 
 int UTMAT_SupOuEgal(double a, double b, double tol) noexcept {
-    clearError();
+    enter();
     return qmUtil_greaterOrEqualDouble(a, b, tol);
 }
 
 int UTMAT_Sup(double a, double b, double tol) noexcept {
-    clearError();
+    enter();
     return qmUtil_greaterDouble(a, b, tol);
 }
 
 int UTMAT_AppartenirAIntFerme(double x, double lo, double hi, double tol) noexcept {
-    clearError();
+    enter();
     return qmUtil_belongToClosedIntervalDouble(x, lo, hi, tol);
 }
 
 int UTMAT_AppartenirAIntOuvert(double x, double lo, double hi, double tol) noexcept {
-    clearError();
+    enter();
     return qmUtil_belongToOpenIntervalDouble(x, lo, hi, tol);
 }
 

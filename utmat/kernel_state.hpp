@@ -34,6 +34,9 @@ template <typename... Pointers>
     return kb::enterOperation<clearError, raiseError>(pointers...);
 }
 
+// The entry of an operation without pointer arguments.
+inline void enter() noexcept { clearError(); }
+
 // The same check without clearing, for a composite operation part-way through.
 template <typename... Pointers>
 bool refuseNull(const Pointers*... pointers) noexcept {

@@ -15,7 +15,6 @@ namespace {
 
 using kb::utmat::kNearZeroFactor;
 using kb::utmat::raiseError;
-using kb::utmat::refuseNull;
 
 double normalLength(const UtDroite& d) noexcept { return std::sqrt(d.a * d.a + d.b * d.b); }
 
@@ -73,158 +72,135 @@ bool areParallel(const UtDroite& d1, const UtDroite& d2, double det) noexcept {
 
 }  // namespace
 
-using kb::utmat::clearError;
+using kb::utmat::enter;
 
 extern "C" {
 
 // ---- point tests --------------------------------------------------------------------------
 
 int UTMAT_PointsIdentiques(const Point2d* p1, const Point2d* p2, double tol) noexcept {
-    clearError();
-    if (refuseNull(p1, p2)) return 0;
+    if (!enter(p1, p2)) return 0;
     return UTMAT_Egal(kb::utmat::norm(kb::utmat::difference(*p1, *p2)), 0.0, tol);
 }
 
 int UTMAT_Points3dIdentiques(const Point3d* p1, const Point3d* p2, double tol) noexcept {
-    clearError();
-    if (refuseNull(p1, p2)) return 0;
+    if (!enter(p1, p2)) return 0;
     return UTMAT_Egal(kb::utmat::norm(kb::utmat::difference(*p1, *p2)), 0.0, tol);
 }
 
 // ---- vectors ------------------------------------------------------------------------------
 
 Point2d* UTMAT_CalculerVecteur(const Point2d* p0, const Point2d* p1, Point2d* out) noexcept {
-    clearError();
-    if (refuseNull(p0, p1, out)) return out;
+    if (!enter(p0, p1, out)) return out;
     *out = kb::utmat::difference(*p0, *p1);
     return out;
 }
 
 void UTMAT_CalculerVecteur3d(const Point3d* p0, const Point3d* p1, Point3d* out) noexcept {
-    clearError();
-    if (refuseNull(p0, p1, out)) return;
+    if (!enter(p0, p1, out)) return;
     *out = kb::utmat::difference(*p0, *p1);
 }
 
 double UTMAT_CalculerNormeVecteur(const Point2d* v) noexcept {
-    clearError();
-    if (refuseNull(v)) return 0.0;
+    if (!enter(v)) return 0.0;
     return kb::utmat::norm(*v);
 }
 
 double UTMAT_CalculerNormeVecteur3d(const Point3d* v) noexcept {
-    clearError();
-    if (refuseNull(v)) return 0.0;
+    if (!enter(v)) return 0.0;
     return kb::utmat::norm(*v);
 }
 
 void UTMAT_CalculerSommeV1V2(const Point2d* v1, const Point2d* v2, Point2d* out) noexcept {
-    clearError();
-    if (refuseNull(v1, v2, out)) return;
+    if (!enter(v1, v2, out)) return;
     *out = {v1->x + v2->x, v1->y + v2->y};
 }
 
 void UTMAT_NormerVecteur(Point2d* v) noexcept {
-    clearError();
-    if (refuseNull(v)) return;
+    if (!enter(v)) return;
     *v = kb::utmat::unit(*v);
 }
 
 void UTMAT_NormerVecteur3d(Point3d* v) noexcept {
-    clearError();
-    if (refuseNull(v)) return;
+    if (!enter(v)) return;
     *v = kb::utmat::unit(*v);
 }
 
 double UTMAT_CalculerProduitScalaire(const Point2d* v1, const Point2d* v2) noexcept {
-    clearError();
-    if (refuseNull(v1, v2)) return 0.0;
+    if (!enter(v1, v2)) return 0.0;
     return kb::utmat::dot(*v1, *v2);
 }
 
 double UTMAT_CalculerProduitVectoriel(const Point2d* v1, const Point2d* v2) noexcept {
-    clearError();
-    if (refuseNull(v1, v2)) return 0.0;
+    if (!enter(v1, v2)) return 0.0;
     return kb::utmat::cross(*v1, *v2);
 }
 
 void UTMAT_CalculerProduitVectoriel3d(const Point3d* v1, const Point3d* v2, Point3d* out) noexcept {
-    clearError();
-    if (refuseNull(v1, v2, out)) return;
+    if (!enter(v1, v2, out)) return;
     *out = kb::utmat::cross(*v1, *v2);
 }
 
 double UTMAT_CalculerDistance2Pt(const Point2d* p1, const Point2d* p2) noexcept {
-    clearError();
-    if (refuseNull(p1, p2)) return 0.0;
+    if (!enter(p1, p2)) return 0.0;
     return kb::utmat::norm(kb::utmat::difference(*p1, *p2));
 }
 
 double UTMAT_CalculerDistance2Pt3d(const Point3d* p1, const Point3d* p2) noexcept {
-    clearError();
-    if (refuseNull(p1, p2)) return 0.0;
+    if (!enter(p1, p2)) return 0.0;
     return kb::utmat::norm(kb::utmat::difference(*p1, *p2));
 }
 
 // ---- lines --------------------------------------------------------------------------------
 
 void UTMAT_NormerDroite(UtDroite* d, double* norm) noexcept {
-    clearError();
-    if (refuseNull(d)) return;
+    if (!enter(d)) return;
     normalizeLine(*d, norm);
 }
 
 void UTMAT_TranslaterDroite(const UtDroite* d, const Point2d* v, UtDroite* out) noexcept {
-    clearError();
-    if (refuseNull(d, v, out)) return;
+    if (!enter(d, v, out)) return;
     *out = {d->a, d->b, d->c - d->a * v->x - d->b * v->y};
 }
 
 void UTMAT_CalculerDroite2Pt(const Point2d* p0, const Point2d* p1, UtDroite* out) noexcept {
-    clearError();
-    if (refuseNull(p0, p1, out)) return;
+    if (!enter(p0, p1, out)) return;
     // Normal = direction p0 -> p1 turned a quarter turn clockwise: positive side on the right.
     lineThroughWithNormal(*p0, p1->y - p0->y, p0->x - p1->x, *out);
 }
 
 void UTMAT_CalculerDroite2Pt3d(const Point3d* p0, const Point3d* p1, UtDroite3d* out) noexcept {
-    clearError();
-    if (refuseNull(p0, p1, out)) return;
+    if (!enter(p0, p1, out)) return;
     out->point = *p0;
     out->direction = kb::utmat::unit(kb::utmat::difference(*p0, *p1));
 }
 
 void UTMAT_CalculerDroitePtVecteur(const Point2d* p, const Point2d* v, UtDroite* out) noexcept {
-    clearError();
-    if (refuseNull(p, v, out)) return;
+    if (!enter(p, v, out)) return;
     lineThroughWithNormal(*p, v->y, -v->x, *out);
 }
 
 void UTMAT_CalculerDroiteOrthoDroitePs1Pt(const UtDroite* d, const Point2d* p,
                                           UtDroite* out) noexcept {
-    clearError();
-    if (refuseNull(d, p, out)) return;
+    if (!enter(d, p, out)) return;
     // Direction (-b', a') = (a, b): the new line runs along the normal of d.
     *out = {d->b, -d->a, p->y * d->a - d->b * p->x};
 }
 
 void UTMAT_CalculerDroiteParalleleDroitePs1Pt(const UtDroite* d, const Point2d* p,
                                               UtDroite* out) noexcept {
-    clearError();
-    if (refuseNull(d, p, out)) return;
+    if (!enter(d, p, out)) return;
     *out = {d->a, d->b, -(d->a * p->x + d->b * p->y)};
 }
 
 void UTMAT_CalculerDroiteParalleleDroiteDistance(const UtDroite* d, double dist,
                                                  UtDroite* out) noexcept {
-    clearError();
-    if (refuseNull(d, out)) return;
+    if (!enter(d, out)) return;
     *out = {d->a, d->b, d->c - dist * normalLength(*d)};
 }
 
 void UTMAT_CalculerDeportPtDroite(const UtDroite* d, const Point2d* p, double* out) noexcept {
-    clearError();
-    if (refuseNull(d, p, out)) return;
+    if (!enter(d, p, out)) return;
     const double n = normalLength(*d);
     // Signed c on purpose: a negative c always passes, even with a zero normal.
     if (!(d->c * kNearZeroFactor < n)) {
@@ -235,21 +211,18 @@ void UTMAT_CalculerDeportPtDroite(const UtDroite* d, const Point2d* p, double* o
 }
 
 void UTMAT_CalculerDeportPtDroite3d(const UtDroite3d* line, const Point3d* p, double* out) noexcept {
-    clearError();
-    if (refuseNull(line, p, out)) return;
+    if (!enter(line, p, out)) return;
     *out = kb::utmat::norm(kb::utmat::cross(line->direction, kb::utmat::difference(line->point, *p)));
 }
 
 double UTMAT_CalculerPuissancePtDroite(const UtDroite* d, const Point2d* p) noexcept {
-    clearError();
-    if (refuseNull(d, p)) return 0.0;
+    if (!enter(d, p)) return 0.0;
     return lineValue(*d, *p);
 }
 
 void UTMAT_CalculerIntersection2Droite(const UtDroite* d1, const UtDroite* d2, Point2d* out,
                                        int* found) noexcept {
-    clearError();
-    if (refuseNull(d1, d2, out, found)) return;
+    if (!enter(d1, d2, out, found)) return;
     *found = 0;
     UtDroite n1 = *d1;
     UtDroite n2 = *d2;
@@ -261,8 +234,7 @@ void UTMAT_CalculerIntersection2Droite(const UtDroite* d1, const UtDroite* d2, P
 }
 
 void UTMAT_CalculerBissectriceD1D2(const UtDroite* d1, const UtDroite* d2, UtDroite* out) noexcept {
-    clearError();
-    if (refuseNull(d1, d2, out)) return;
+    if (!enter(d1, d2, out)) return;
     // N2*D1 - N1*D2 vanishes where the normalised offsets from both lines are equal.
     const double n1 = normalLength(*d1);
     const double n2 = normalLength(*d2);
@@ -271,8 +243,7 @@ void UTMAT_CalculerBissectriceD1D2(const UtDroite* d1, const UtDroite* d2, UtDro
 }
 
 void UTMAT_ProjeterPtSurDroite(const UtDroite* d, const Point2d* p, Point2d* out) noexcept {
-    clearError();
-    if (refuseNull(d, p, out)) return;
+    if (!enter(d, p, out)) return;
     const double q = d->a * d->a + d->b * d->b;
     // Signed c on purpose, as in UTMAT_CalculerDeportPtDroite (against the squared norm here).
     if (!(d->c * kNearZeroFactor < q)) {
@@ -284,8 +255,7 @@ void UTMAT_ProjeterPtSurDroite(const UtDroite* d, const Point2d* p, Point2d* out
 }
 
 int UTMAT_CalculerClassePtDroite(const Point2d* p, const UtDroite* d, double tol) noexcept {
-    clearError();
-    if (refuseNull(p, d)) return 0;
+    if (!enter(p, d)) return 0;
     const double v = lineValue(*d, *p);
     if (-tol > v) return -1;
     if (v > tol) return 1;
@@ -296,20 +266,17 @@ int UTMAT_CalculerClassePtDroite(const Point2d* p, const UtDroite* d, double tol
 
 void UTMAT_ProjeterPtSurCercle(const Point2d* c, double r, const Point2d* p, Point2d* out,
                                double* angle) noexcept {
-    clearError();
-    if (refuseNull(c, p, out)) return;
+    if (!enter(c, p, out)) return;
     qmMath_projectPointOnCircle2d(&out->x, &out->y, angle, p->x, p->y, c->x, c->y, r);
 }
 
 void UTMAT_CalculerPtSurCercleAngle(const Point2d* c, double r, double t, Point2d* out) noexcept {
-    clearError();
-    if (refuseNull(c, out)) return;
+    if (!enter(c, out)) return;
     *out = {c->x + r * std::cos(t), c->y + r * std::sin(t)};
 }
 
 int UTMAT_CalculerClassePtCercle(const Point2d* p, const Point2d* c, double r, double tol) noexcept {
-    clearError();
-    if (refuseNull(p, c)) return 0;
+    if (!enter(p, c)) return 0;
     const double v = kb::utmat::norm(kb::utmat::difference(*c, *p)) - r;
     if (v < -tol) return -1;
     if (v > tol) return 1;

@@ -12,6 +12,7 @@ namespace {
 
 using kb::utmat::raiseError;
 using kb::utmat::refuseNull;
+using kb::utmat::refuseNull;
 
 constexpr int kMatrixOrder = 4;
 // Relative rounding error assumed on each coefficient of the quadratic when judging whether
@@ -69,14 +70,14 @@ double at(const UtMatrice4D& m, int row, int column) noexcept {
 
 }  // namespace
 
-using kb::utmat::clearError;
+using kb::utmat::enter;
 
 extern "C" {
 
 // ---- numbers ------------------------------------------------------------------------------
 
 double UTMAT_FactorielleDivision(int n, int m) noexcept {
-    clearError();
+    enter();
     if (m > n) {
         raiseError();
         return 1.0;
@@ -86,13 +87,13 @@ double UTMAT_FactorielleDivision(int n, int m) noexcept {
 }
 
 double UTMAT_DFactorielle(int n) noexcept {
-    clearError();
+    enter();
     if (n < 1) return 1.0;
     return productOfIntegers(1, n);
 }
 
 double UTMAT_CalculerInterpolationLineaire(double t, double T, double y0, double y1) noexcept {
-    clearError();
+    enter();
     // Kept as it stands: the test is the reverse of a guard against dividing by a small T, so
     // every ordinary T returns y0 and only a T tiny against t interpolates.
     if (t * kb::utmat::kNearZeroFactor < std::fabs(T)) return y0;
@@ -101,8 +102,7 @@ double UTMAT_CalculerInterpolationLineaire(double t, double T, double y0, double
 
 void UTMAT_ResoudreEquation2Degre(double a, double b, double c, double /*unused*/, double* roots,
                                   int* count) noexcept {
-    clearError();
-    if (refuseNull(count)) return;
+    if (!enter(count)) return;
     *count = 0;
     if (refuseNull(roots)) return;
     if (a == 0.0) {
@@ -118,8 +118,7 @@ void UTMAT_ResoudreEquation2Degre(double a, double b, double c, double /*unused*
 
 void UTMAT_CalculerProduitMatrice4D(const UtMatrice4D* a, const UtMatrice4D* b,
                                     UtMatrice4D* out) noexcept {
-    clearError();
-    if (refuseNull(a, b, out)) return;
+    if (!enter(a, b, out)) return;
     UtMatrice4D product;  // built apart, so that out may be a or b
     for (int i = 0; i < kMatrixOrder; ++i) {
         for (int j = 0; j < kMatrixOrder; ++j) {
@@ -132,22 +131,19 @@ void UTMAT_CalculerProduitMatrice4D(const UtMatrice4D* a, const UtMatrice4D* b,
 }
 
 void UTMAT_CopierMatrice4D(const UtMatrice4D* source, UtMatrice4D* destination) noexcept {
-    clearError();
-    if (refuseNull(source, destination)) return;
+    if (!enter(source, destination)) return;
     *destination = *source;
 }
 
 void UTMAT_RecupererMatriceIdentite4D(UtMatrice4D* out) noexcept {
-    clearError();
-    if (refuseNull(out)) return;
+    if (!enter(out)) return;
     for (int i = 0; i < kMatrixOrder; ++i) {
         for (int j = 0; j < kMatrixOrder; ++j) at(*out, i, j) = i == j ? 1.0 : 0.0;
     }
 }
 
 void UTMAT_TransformerPointParMatrice4D(const double* p, const UtMatrice4D* m, double* out) noexcept {
-    clearError();
-    if (refuseNull(p, m, out)) return;
+    if (!enter(p, m, out)) return;
     double result[kMatrixOrder];  // built apart, so that out may be p
     for (int i = 0; i < kMatrixOrder; ++i) {
         double sum = 0.0;

@@ -35,7 +35,8 @@ KB_API void MEM_SetErreur(int error, int detail) KB_NOEXCEPT;
 KB_API void MEM_CreerTableau(void** array, int size, int n) KB_NOEXCEPT;
 /**
  * Reallocates the storage to capacity(n) elements.  Fails when *array is null.  n = 0 stores
- * null WITHOUT releasing the old storage: release it first.  A failed reallocation stores null.
+ * null WITHOUT releasing the old storage: release it first.  A failed reallocation releases
+ * the old storage (its contents are lost) and stores null.
  */
 KB_API void MEM_ModifierTailleTableau(void** array, int size, int n) KB_NOEXCEPT;
 /**

@@ -80,7 +80,8 @@ KB_API int qmDynArray_insertAndSetElement(QmDynArray* array, int index,
                                           const void* source) KB_NOEXCEPT;
 /**
  * Calls the release callback on element index (-1: the last), if one is set, and removes it.
- * An index that addresses no element gives ERR_FAILURE; a failed shrink still returns 0.
+ * An index above the last gives ERR_FAILURE.  An index below -1 addresses no element: nothing
+ * is removed and the result is 0, as it is when a shrink fails.
  */
 KB_API int qmDynArray_deleteElement(QmDynArray* array, int index) KB_NOEXCEPT;
 /** Copies element index (-1: the last) to destination.  No such element: ERR_FAILURE. */

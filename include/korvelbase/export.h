@@ -19,6 +19,17 @@
 #  define KB_API __attribute__((visibility("default")))
 #endif
 
+/*
+ * KB_CALLEE_POPS marks the entry points that use the callee-pops (stdcall) convention on
+ * 32-bit Windows, where a 32-bit host must declare them the same way; on every other target
+ * there is one convention and it expands to nothing.
+ */
+#if defined(_WIN32) && !defined(_WIN64)
+#  define KB_CALLEE_POPS __stdcall
+#else
+#  define KB_CALLEE_POPS
+#endif
+
 #ifdef __cplusplus
 #  define KB_NOEXCEPT noexcept
 #  define KB_BEGIN_DECLS extern "C" {

@@ -55,7 +55,11 @@ typedef int (*QmLinkedListActionFunc)(void* record, void* userData);
  * and on success.  ERR_FAILURE only when the list object cannot be allocated.
  */
 KB_API int qmLinkedList_create(QmLinkedList** out, int elementSize) KB_NOEXCEPT;
-/** Releases every record copy, every node and the list, and stores null in *list. */
+/**
+ * Releases every record copy, every node and the list, and stores null in *list.  Iterators
+ * created on the list are invalidated: the only call still allowed on such an iterator is
+ * qmLListIterator_destroy.
+ */
 KB_API int qmLinkedList_destroy(QmLinkedList** list) KB_NOEXCEPT;
 /** Sets the record order; null restores bytewise order.  The sorted flag is not changed. */
 KB_API int qmLinkedList_setCompareFunction(QmLinkedList* list,

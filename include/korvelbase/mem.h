@@ -37,6 +37,9 @@ KB_API int qmMem_getSize(void* block, size_t* size) KB_NOEXCEPT;
  * The largest single block, in bytes and at most 64,000,000, that the heap can allocate.
  * A successful 64,000,000-byte probe is kept (not released) by the library, so a later call
  * starts from a smaller heap; below that bound the size is found by bisection.
+ * Threads: the list of kept probe blocks is process-wide and unguarded, so call this from one
+ * thread at a time; and since it allocates and frees while probing, its answer is only a
+ * snapshot when other threads use the heap meanwhile.
  */
 KB_API size_t qmMem_getMaximumAllocatableHeapMemory(void) KB_NOEXCEPT;
 

@@ -1,0 +1,176 @@
+// korvel profile: jobs on longitudinal profiles (station, level).
+//   profile fit  - design a vertical alignment within the tolerances of a surveyed profile
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+
+#include "cli/alignment.hpp"
+#include "cli/commands.hpp"
+#include "cli/errors.hpp"
+#include "cli/report.hpp"
+#include "cli/svg.hpp"
+#include "cli/table.hpp"
+#include "korvelbase/bestfit_vertical.h"
+#include "korvelbase/mem.h"
+
+namespace korvel {
+
+namespace {
+
+constexpr double kPercent = 100.0;
+constexpr int kPlotSamplesPerIpGap = 24;
+
+struct FitOptions {
+    std::string input;
+    double upTol = 0.05;
+    double loTol = 0.05;
+    double hog = 30.0;
+    double sag = 30.0;
+    double minLength = 20.0;
+    double cog = 1.0;
+    bool startTie = false;
+    bool endTie = false;
+    bool debug = false;
+    std::string svg;
+    OutputOptions output;
+};
+
+// Runs the library's fit; throws InputError when it finds no alignment.
+VerticalAlignment fitAlignment(const FitOptions& o, const std::vector<double>& stations,
+                               const std::vector<double>& levels) {
+    qmBestFit_verticalProfileInitialize(o.upTol, o.loTol, o.hog, o.sag, o.minLength, o.cog,
+                                        o.startTie ? 1 : 0, o.endTie ? 1 : 0, o.debug ? 1 : 0);
+    double* s = nullptr;
+    double* l = nullptr;
+    double* v = nullptr;
+    int count = 0;
+    const int status = qmBestFit_verticalComputeProfile(&s, &l, &v, &count, stations.data(),
+                                                        levels.data(),
+                                                        static_cast<int>(stations.size()));
+    if (status != 0) throw InputError(o.input + ": no vertical alignment fits these levels");
+    std::vector<VerticalIp> ips;
+    for (int i = 0; i < count; ++i) ips.push_back({s[i], l[i], v[i]});
+    qmMem_free(s);
+    qmMem_free(l);
+    qmMem_free(v);
+    return VerticalAlignment(std::move(ips));
+}
+
+Report ipTable(const VerticalAlignment& alignment) {
+    Report report({"ip", "station", "level", "grade_in_pct", "grade_out_pct", "curve_length", "k"});
+    const auto& ips = alignment.ips();
+    for (std::size_t i = 0; i < ips.size(); ++i) {
+        const double change = (alignment.gradeOut(i) - alignment.gradeIn(i)) * kPercent;
+        const bool interior = i > 0 && i + 1 < ips.size();
+        report.add({std::to_string(i + 1), fixed(ips[i].station, 3), fixed(ips[i].level, 3),
+                    i > 0 ? fixed(alignment.gradeIn(i) * kPercent, 4) : "",
+                    i + 1 < ips.size() ? fixed(alignment.gradeOut(i) * kPercent, 4) : "",
+                    fixed(ips[i].curveLength, 3),
+                    interior && change != 0.0 ? fixed(ips[i].curveLength / std::fabs(change), 2) : ""});
+    }
+    return report;
+}
+
+void plotFit(const FitOptions& o, const std::vector<double>& stations,
+             const std::vector<double>& levels, const VerticalAlignment& alignment) {
+    std::vector<PlotPoint> survey;
+    std::vector<PlotPoint> band;
+    for (std::size_t i = 0; i < stations.size(); ++i) {
+        survey.push_back({stations[i], levels[i]});
+        band.push_back({stations[i], levels[i] + o.upTol});
+    }
+    for (std::size_t i = stations.size(); i-- > 0;) band.push_back({stations[i], levels[i] - o.loTol});
+    // The alignment drawn through its curves: dense samples between and across the IPs.
+    std::vector<PlotPoint> line;
+    const auto& ips = alignment.ips();
+    for (std::size_t i = 0; i + 1 < ips.size(); ++i) {
+        for (int k = 0; k < kPlotSamplesPerIpGap; ++k) {
+            const double x = ips[i].station + (ips[i + 1].station - ips[i].station) * k / kPlotSamplesPerIpGap;
+            line.push_back({x, alignment.levelAt(x)});
+        }
+    }
+    line.push_back({ips.back().station, ips.back().level});
+    Range x = rangeOf(survey, true);
+    Range y = rangeOf(band, false);
+    for (const VerticalIp& ip : ips) y.include(ip.level);
+    SvgPlot plot(x, y);
+    const double exaggeration = plot.yScale() / plot.xScale();
+    plot.title("Vertical profile fit: " + o.input,
+               fmt::format("{} IPs, tolerances +{} / -{}, vertical exaggeration {:.1f}x", ips.size(),
+                           o.upTol, o.loTol, exaggeration));
+    plot.axes("chainage (m)", "level (m)");
+    plot.polygon(band, "#9ecae1", 0.5);
+    plot.markers(survey, "#636363", survey.size() > 2000 ? 0.6 : 1.2);
+    plot.polyline(line, "#d62728", 1.8);
+    for (std::size_t i = 0; i < ips.size(); ++i) {
+        plot.cross({ips[i].station, ips[i].level}, "#2ca02c", 4);
+        plot.label({ips[i].station, ips[i].level}, fmt::format("IP{}", i + 1), "#2ca02c");
+    }
+    plot.legend("#9ecae1", "tolerance band");
+    plot.legend("#636363", "surveyed levels");
+    plot.legend("#d62728", "fitted alignment");
+    plot.legend("#2ca02c", "IPs");
+    plot.save(o.svg);
+}
+
+void runFit(const FitOptions& o) {
+    const Table table = readTable(o.input, {{"station"}, {"level"}});
+    requireIncreasing(table, "station");
+    if (table.rows() < 2) throw InputError(o.input + ": a profile needs at least two points");
+    const std::vector<double>& stations = table.column("station");
+    const std::vector<double>& levels = table.column("level");
+    const VerticalAlignment alignment = fitAlignment(o, stations, levels);
+    double worst = 0.0;
+    double worstAt = stations.front();
+    std::size_t outside = 0;
+    for (std::size_t i = 0; i < stations.size(); ++i) {
+        const double d = alignment.levelAt(stations[i]) - levels[i];
+        if (std::fabs(d) > std::fabs(worst)) {
+            worst = d;
+            worstAt = stations[i];
+        }
+        if (d > o.upTol + 1e-9 || d < -o.loTol - 1e-9) ++outside;
+    }
+    const OutputFile out(o.output.output);
+    const std::string prefix = o.output.csv ? "# " : "";
+    out.write(ipTable(alignment).render(o.output.csv));
+    out.write(fmt::format("{}{} IPs; maximum deviation {:+.4f} m at chainage {:.3f}; {} of {} points "
+                          "outside the envelope\n",
+                          prefix, alignment.ips().size(), worst, worstAt, outside, stations.size()));
+    if (!o.svg.empty()) plotFit(o, stations, levels, alignment);
+}
+
+}  // namespace
+
+void addProfile(CLI::App& app) {
+    auto* profile = app.add_subcommand("profile", "jobs on longitudinal profiles (station, level)");
+    profile->require_subcommand(1);
+    static FitOptions fit;
+    auto* command = profile->add_subcommand(
+        "fit", "design a vertical alignment (IPs, grades, curves) within the tolerances of a survey");
+    command->add_option("SURVEY", fit.input, "CSV with columns station, level ('-': standard input)")
+        ->required();
+    command->add_option("--up-tol", fit.upTol, "upper tolerance (m)")->capture_default_str();
+    command->add_option("--lo-tol", fit.loTol, "lower tolerance (m)")->capture_default_str();
+    command->add_option("--hog", fit.hog, "K value of crest curves (m per % of grade change)")
+        ->capture_default_str();
+    command->add_option("--sag", fit.sag, "K value of sag curves (m per % of grade change)")
+        ->capture_default_str();
+    command->add_option("--min-length", fit.minLength, "shortest vertical curve (m)")
+        ->capture_default_str();
+    command->add_option("--cog", fit.cog, "starting grade change (%) below which IPs are filtered")
+        ->capture_default_str();
+    command->add_flag("--start-tie", fit.startTie, "put the second IP on the first two points' line");
+    command->add_flag("--end-tie", fit.endTie, "put the last-but-one IP on the last two points' line");
+    command->add_flag("--trace", fit.debug, "write the fit's trace file");
+    command->add_option("--svg", fit.svg, "draw the survey, the tolerance band and the alignment");
+    addOutputOptions(*command, fit.output);
+    command->footer("Example:\n  korvel profile fit examples/data/survey_profile.csv --svg profile.svg");
+    command->callback([] {
+        if (!(fit.upTol >= 0.0) || !(fit.loTol >= 0.0)) throw UsageError("tolerances must not be negative");
+        runFit(fit);
+    });
+}
+
+}  // namespace korvel
