@@ -11,7 +11,7 @@
 #include "geometry/point_math.hpp"
 #include "korvelbase/bestfit_horizontal.h"
 #include "korvelbase/qmmath.h"
-#include "korvelbase/qmmatrix.h"
+#include "korvelbase/qmtransform.h"
 #include "korvelbase/qmpoint.h"
 #include "text/string_clean.hpp"
 
