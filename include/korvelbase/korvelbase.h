@@ -27,5 +27,7 @@
 #include "korvelbase/dynarray.h"
 #include "korvelbase/linkedlist.h"
 #include "korvelbase/strlist.h"
+#include "korvelbase/bestfit_horizontal.h"
+#include "korvelbase/qmpoint.h"
 
 #endif /* KORVELBASE_KORVELBASE_H */
