@@ -25,6 +25,7 @@ void addConvert(CLI::App& app);
 void addProfile(CLI::App& app);
 void addGeoid(CLI::App& app);
 void addTransform(CLI::App& app);
+void addFit(CLI::App& app);
 
 }  // namespace korvel
 

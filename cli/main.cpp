@@ -27,6 +27,7 @@ int main(int argc, char** argv) {
     korvel::addProfile(app);
     korvel::addGeoid(app);
     korvel::addTransform(app);
+    korvel::addFit(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {

@@ -115,10 +115,10 @@ std::string SvgPlot::path(const std::vector<PlotPoint>& points) const {
 }
 
 void SvgPlot::title(const std::string& text, const std::string& subtitle) {
-    body_ += fmt::format("<text x=\"{}\" y=\"24\" font-size=\"18\" font-weight=\"bold\">{}</text>\n",
+    frame_ += fmt::format("<text x=\"{}\" y=\"24\" font-size=\"18\" font-weight=\"bold\">{}</text>\n",
                          kMarginLeft, escapeXml(text));
     if (!subtitle.empty()) {
-        body_ += fmt::format("<text x=\"{}\" y=\"44\" font-size=\"13\" fill=\"#555\">{}</text>\n",
+        frame_ += fmt::format("<text x=\"{}\" y=\"44\" font-size=\"13\" fill=\"#555\">{}</text>\n",
                              kMarginLeft, escapeXml(subtitle));
     }
 }
@@ -128,14 +128,14 @@ void SvgPlot::axes(const std::string& xLabel, const std::string& yLabel) {
     const double right = width_ - kMarginRight;
     const double top = kMarginTop;
     const double bottom = height_ - kMarginBottom;
-    body_ += fmt::format(
+    frame_ += fmt::format(
         "<rect x=\"{}\" y=\"{}\" width=\"{}\" height=\"{}\" fill=\"none\" stroke=\"#444\"/>\n",
         left, top, right - left, bottom - top);
     const std::vector<double> xs = ticks(x_.lo, x_.hi, kTickCount);
     const double xStep = xs.size() > 1 ? xs[1] - xs[0] : 1.0;
     for (const double t : xs) {
         const double at = px(t);
-        body_ += fmt::format("<line x1=\"{0}\" y1=\"{1}\" x2=\"{0}\" y2=\"{2}\" stroke=\"#ddd\"/>\n"
+        frame_ += fmt::format("<line x1=\"{0}\" y1=\"{1}\" x2=\"{0}\" y2=\"{2}\" stroke=\"#ddd\"/>\n"
                              "<text x=\"{0}\" y=\"{3}\" font-size=\"11\" text-anchor=\"middle\">{4}</text>\n",
                              number(at), top, bottom, bottom + 16, tickText(t, xStep));
     }
@@ -143,14 +143,14 @@ void SvgPlot::axes(const std::string& xLabel, const std::string& yLabel) {
     const double yStep = ys.size() > 1 ? ys[1] - ys[0] : 1.0;
     for (const double t : ys) {
         const double at = py(t);
-        body_ += fmt::format("<line x1=\"{1}\" y1=\"{0}\" x2=\"{2}\" y2=\"{0}\" stroke=\"#ddd\"/>\n"
+        frame_ += fmt::format("<line x1=\"{1}\" y1=\"{0}\" x2=\"{2}\" y2=\"{0}\" stroke=\"#ddd\"/>\n"
                              "<text x=\"{3}\" y=\"{0}\" font-size=\"11\" text-anchor=\"end\" "
                              "dominant-baseline=\"middle\">{4}</text>\n",
                              number(at), left, right, left - 6, tickText(t, yStep));
     }
-    body_ += fmt::format("<text x=\"{}\" y=\"{}\" font-size=\"13\" text-anchor=\"middle\">{}</text>\n",
+    frame_ += fmt::format("<text x=\"{}\" y=\"{}\" font-size=\"13\" text-anchor=\"middle\">{}</text>\n",
                          (left + right) / 2, height_ - 18, escapeXml(xLabel));
-    body_ += fmt::format("<text x=\"18\" y=\"{0}\" font-size=\"13\" text-anchor=\"middle\" "
+    frame_ += fmt::format("<text x=\"18\" y=\"{0}\" font-size=\"13\" text-anchor=\"middle\" "
                          "transform=\"rotate(-90 18 {0})\">{1}</text>\n",
                          (top + bottom) / 2, escapeXml(yLabel));
 }
@@ -197,21 +197,26 @@ void SvgPlot::label(PlotPoint at, const std::string& text, const std::string& co
 void SvgPlot::legend(const std::string& colour, const std::string& text) {
     const int y = kMarginTop + 14 + legendRows_ * kLegendRowHeight;
     const int x = width_ - kMarginRight - 220;
-    body_ += fmt::format("<rect x=\"{}\" y=\"{}\" width=\"216\" height=\"{}\" fill=\"white\" "
+    frame_ += fmt::format("<rect x=\"{}\" y=\"{}\" width=\"216\" height=\"{}\" fill=\"white\" "
                          "fill-opacity=\"0.85\"/>\n",
                          x - 6, y - 13, kLegendRowHeight);
-    body_ += fmt::format("<rect x=\"{}\" y=\"{}\" width=\"14\" height=\"10\" fill=\"{}\"/>\n"
+    frame_ += fmt::format("<rect x=\"{}\" y=\"{}\" width=\"14\" height=\"10\" fill=\"{}\"/>\n"
                          "<text x=\"{}\" y=\"{}\" font-size=\"12\">{}</text>\n",
                          x, y - 9, colour, x + 20, y, escapeXml(text));
     ++legendRows_;
 }
 
 std::string SvgPlot::str() const {
+    // The data are clipped to the plot rectangle; titles, axes and legends are drawn over it.
     return fmt::format("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                        "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"{0}\" height=\"{1}\" "
                        "viewBox=\"0 0 {0} {1}\" font-family=\"sans-serif\">\n"
-                       "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n{2}</svg>\n",
-                       width_, height_, body_);
+                       "<defs><clipPath id=\"plot\"><rect x=\"{2}\" y=\"{3}\" width=\"{4}\" "
+                       "height=\"{5}\"/></clipPath></defs>\n"
+                       "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n"
+                       "<g clip-path=\"url(#plot)\">\n{6}</g>\n{7}</svg>\n",
+                       width_, height_, kMarginLeft, kMarginTop, width_ - kMarginLeft - kMarginRight,
+                       height_ - kMarginTop - kMarginBottom, body_, frame_);
 }
 
 void SvgPlot::save(const std::string& target) const { OutputFile(target).write(str()); }

@@ -64,7 +64,8 @@ private:
     double scaleX_ = 1.0;
     double scaleY_ = 1.0;
     int legendRows_ = 0;
-    std::string body_;
+    std::string body_;   // data, clipped to the plot rectangle
+    std::string frame_;  // titles, axes and legends
 };
 
 // Round tick positions covering [lo, hi], about `target` of them.

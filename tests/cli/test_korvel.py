@@ -227,6 +227,48 @@ class Transform(Temporary):
         self.assertEqual(status, 2)
 
 
+class Fits(PlotChecks):
+    @staticmethod
+    def parameters(out):
+        sections = csv_sections(out)
+        first = next(iter(sections.values()))
+        return {row["parameter"]: float(row["value"]) for row in first}
+
+    def test_circle_recovers_the_generating_circle_and_draws_it(self):
+        svg = os.path.join(self.folder, "circle.svg")
+        status, out, err = run("fit", "circle", os.path.join(DATA, "circle_points.csv"), "--csv", "--svg", svg)
+        self.assertEqual(status, 0, err)
+        p = self.parameters(out)
+        self.assertAlmostEqual(p["centre_x"], 2500.0, delta=0.1)
+        self.assertAlmostEqual(p["centre_y"], 1500.0, delta=0.1)
+        self.assertAlmostEqual(p["radius"], 350.0, delta=0.1)
+        self.assertLess(p["rms_residual"], 0.02)
+        self.render(svg)
+
+    def test_plane_and_line(self):
+        status, out, err = run("fit", "plane", os.path.join(DATA, "plane_points.csv"), "--csv")
+        self.assertEqual(status, 0, err)
+        p = self.parameters(out)
+        self.assertAlmostEqual(p["a (dz/dx)"], 0.015, delta=2e-4)
+        self.assertAlmostEqual(p["b (dz/dy)"], -0.02, delta=2e-4)
+        self.assertAlmostEqual(p["c"], 12.0, delta=0.01)
+        points = "x,y\n" + "".join(f"{x},{2 * x + 1}\n" for x in range(0, 50, 5))
+        status, out, err = run("fit", "line", self.write("l.csv", points), "--csv")
+        self.assertEqual(status, 0, err)
+        p = self.parameters(out)
+        self.assertAlmostEqual(math.tan(math.radians(p["direction_deg"])), 2.0, places=6)
+        self.assertAlmostEqual(p["length"], math.hypot(45, 90), places=4)
+        self.assertLess(p["rms_residual"], 1e-9)
+
+    def test_degenerate_input(self):
+        status, _, err = run("fit", "circle", self.write("c.csv", "x,y\n0,0\n1,1\n2,2\n3,3\n"))
+        self.assertEqual(status, 1)
+        self.assertIn("no circle fits", err)
+        status, _, err = run("fit", "plane", self.write("p.csv", "x,y,z\n0,0,1\n1,1,2\n"))
+        self.assertEqual(status, 1)
+        self.assertIn("at least 3 points", err)
+
+
 class Convert(unittest.TestCase):
     def test_round_trips_and_known_values(self):
         cases = [
