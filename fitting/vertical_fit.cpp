@@ -304,6 +304,7 @@ private:
         trace_.write("Kestrum - Part 3. Filter Out Small COG IP's from  1.0  to 0.1 percent\n");
         double filterValue = p_.cogFilterValue;
         for (int pass = 1; pass <= kMostFilterPasses; ++pass) {
+            const std::size_t interiorBefore = ips_.size() - 2;
             const std::size_t removed = removeSmallGradeChanges(filterValue);
             if (trace_.on()) traceTable("\tFilter Value = " + fixedText(filterValue, 5) + " Iteration " +
                        kb::integerText(pass));
@@ -319,6 +320,26 @@ private:
             filterValue -= kFilterStep;
             if (!(filterValue > kLowestFilterValue)) return;
             trace_.write("\tThis Filter Iteration Done\n\n");
+            if (removed == interiorBefore && !trace_.on()) skipRepeatedPasses(filterValue, pass);
+        }
+    }
+
+    // After a pass that removed every interior IP the table was rebuilt from the two limits
+    // alone, so it no longer depends on the filter value.  While the filter value stays at or
+    // above every grade change of that table, each further pass would again remove everything
+    // and rebuild the same table: those passes change nothing but the filter value, which is
+    // stepped down here exactly as they would step it.
+    void skipRepeatedPasses(double& filterValue, int& pass) {
+        if (ips_.size() < 3) return;
+        double largestChange = 0.0;
+        for (std::size_t i = 1; i + 1 < ips_.size(); ++i) {
+            largestChange = std::max(largestChange, std::fabs(ips_[i].gradeIn - ips_[i].gradeOut) * kPercent);
+        }
+        while (pass < kMostFilterPasses && largestChange <= filterValue) {
+            const double next = filterValue - kFilterStep;
+            if (!(next > kLowestFilterValue)) return;  // the last pass runs for real
+            filterValue = next;
+            ++pass;
         }
     }
 
