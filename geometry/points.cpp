@@ -318,8 +318,9 @@ int qmPoint_computePlane(Point3d* pointOnPlane, PlaneCoefficients* plane,
     return 0;
 }
 
-int qmApiPoint_computePlane(Point3d* pointOnPlane, PlaneCoefficients* plane,
-                            double* standardError, const Point3d* points, int count) noexcept {
+int KB_CALLEE_POPS qmApiPoint_computePlane(Point3d* pointOnPlane, PlaneCoefficients* plane,
+                                           double* standardError, const Point3d* points,
+                                           int count) noexcept {
     return qmPoint_computePlane(pointOnPlane, plane, standardError, points, count);
 }
 

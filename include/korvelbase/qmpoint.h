@@ -131,10 +131,14 @@ KB_API int qmPoint_setFromYXZString(Point3d* point, const char* text) KB_NOEXCEP
 KB_API int qmPoint_computePlane(Point3d* pointOnPlane, PlaneCoefficients* plane,
                                 double* standardError, const Point3d* points,
                                 int count) KB_NOEXCEPT;
-/** Same as qmPoint_computePlane (kept for callers of the foreign-calling-convention entry). */
-KB_API int qmApiPoint_computePlane(Point3d* pointOnPlane, PlaneCoefficients* plane,
-                                   double* standardError, const Point3d* points,
-                                   int count) KB_NOEXCEPT;
+/**
+ * Same as qmPoint_computePlane, for callers of the callee-pops entry: on 32-bit Windows it
+ * uses the stdcall convention (exported as qmApiPoint_computePlane@20); elsewhere there is
+ * one convention.
+ */
+KB_API int KB_CALLEE_POPS qmApiPoint_computePlane(Point3d* pointOnPlane, PlaneCoefficients* plane,
+                                                  double* standardError, const Point3d* points,
+                                                  int count) KB_NOEXCEPT;
 /** z' = a x + b y + c; out point (x, y, z'); difference z - z'.  Outputs optional. */
 KB_API int qmPoint_computeOnPlaneGivenXY(double* difference, Point3d* out, const Point3d* point,
                                          const PlaneCoefficients* plane) KB_NOEXCEPT;
