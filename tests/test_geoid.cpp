@@ -21,32 +21,29 @@ struct GridSpec {
     std::int32_t rows, columns, kind;
 };
 
-void putLittleEndian(std::ofstream& out, std::uint64_t bits, int bytes) {
+void putLittleEndian(std::ostream& out, std::uint64_t bits, int bytes) {
     for (int i = 0; i < bytes; ++i) out.put(static_cast<char>((bits >> (8 * i)) & 0xFF));
 }
 
-void putDouble(std::ofstream& out, double v) {
+void putDouble(std::ostream& out, double v) {
     std::uint64_t bits;
     std::memcpy(&bits, &v, 8);
     putLittleEndian(out, bits, 8);
 }
 
-void putInt(std::ofstream& out, std::int32_t v) {
+void putInt(std::ostream& out, std::int32_t v) {
     std::uint32_t bits;
     std::memcpy(&bits, &v, 4);
     putLittleEndian(out, bits, 4);
 }
 
-void putFloat(std::ofstream& out, float v) {
+void putFloat(std::ostream& out, float v) {
     std::uint32_t bits;
     std::memcpy(&bits, &v, 4);
     putLittleEndian(out, bits, 4);
 }
 
-// Writes a grid whose node (r, c), from 1, holds value(r - 1, c - 1).
-void writeGrid(const fs::path& path, const GridSpec& g,
-               const std::function<double(double, double)>& value) {
-    std::ofstream out(path, std::ios::binary);
+void putHeader(std::ostream& out, const GridSpec& g) {
     putDouble(out, g.south);
     putDouble(out, g.west);
     putDouble(out, g.dlat);
@@ -54,6 +51,13 @@ void writeGrid(const fs::path& path, const GridSpec& g,
     putInt(out, g.rows);
     putInt(out, g.columns);
     putInt(out, g.kind);
+}
+
+// Writes a grid whose node (r, c), from 1, holds value(r - 1, c - 1).
+void writeGrid(const fs::path& path, const GridSpec& g,
+               const std::function<double(double, double)>& value) {
+    std::ofstream out(path, std::ios::binary);
+    putHeader(out, g);
     for (int r = 0; r < g.rows; ++r) {
         for (int c = 0; c < g.columns; ++c) putFloat(out, static_cast<float>(value(r, c)));
     }
@@ -154,15 +158,8 @@ TEST_F(Geoid, FilesThatAreNotGridsAreRejected) {
                   surface);
         // Rewrite the header with the impossible values, keeping the 9 x 13 body.
         std::fstream patch(path, std::ios::binary | std::ios::in | std::ios::out);
-        std::ofstream& out = reinterpret_cast<std::ofstream&>(patch);
         patch.seekp(0);
-        putDouble(out, g.south);
-        putDouble(out, g.west);
-        putDouble(out, g.dlat);
-        putDouble(out, g.dlon);
-        putInt(out, g.rows);
-        putInt(out, g.columns);
-        putInt(out, g.kind);
+        putHeader(patch, g);
         patch.close();
         EXPECT_EQ(qmGeoid_initModelByFile(path.string().c_str()), 1) << g.rows << " " << g.kind;
         EXPECT_EQ(undulation(42, 351, 1), 0.0);
