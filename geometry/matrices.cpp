@@ -36,79 +36,116 @@ void swapColumns(DenseMatrix& m, std::size_t a, std::size_t b) {
     for (std::size_t r = 0; r < m.rows; ++r) std::swap(at(m, r, a), at(m, r, b));
 }
 
-// The three index vectors of the inversion, released together on every path.
+// The three index vectors of the inversion (pivot row and pivot column of each pass, and how
+// often each column served as pivot) and a scratch column, released together on every path.
+// Small matrices keep them on the stack; larger ones take index vectors from the heap.
 class PivotRecord {
 public:
-    explicit PivotRecord(int n)
-        : row_(qmMatrix_ivector(0, n - 1)), column_(qmMatrix_ivector(0, n - 1)),
-          used_(qmMatrix_ivector(0, n - 1)) {}
+    explicit PivotRecord(int n) {
+        if (n <= kSmall) {
+            row_ = small_[0];
+            column_ = small_[1];
+            used_ = small_[2];
+            factors_ = smallFactors_;
+            for (int i = 0; i < n; ++i) used_[i] = 0;
+            return;
+        }
+        onHeap_ = true;
+        row_ = qmMatrix_ivector(0, n - 1);
+        column_ = qmMatrix_ivector(0, n - 1);
+        used_ = qmMatrix_ivector(0, n - 1);
+        factors_ = kb::heap::allocateArray<double>(static_cast<std::size_t>(n));
+    }
     ~PivotRecord() {
+        if (!onHeap_) return;
         qmMatrix_freeIvector(row_, 0);
         qmMatrix_freeIvector(column_, 0);
         qmMatrix_freeIvector(used_, 0);
+        kb::heap::release(factors_);
     }
     PivotRecord(const PivotRecord&) = delete;
     PivotRecord& operator=(const PivotRecord&) = delete;
-    bool ready() const { return row_ != nullptr && column_ != nullptr && used_ != nullptr; }
-    std::int32_t* row_;     // pivot row of each pass
-    std::int32_t* column_;  // pivot column of each pass
-    std::int32_t* used_;    // times each column served as pivot
+    bool ready() const {
+        return row_ != nullptr && column_ != nullptr && used_ != nullptr && factors_ != nullptr;
+    }
+
+    static constexpr int kSmall = 32;
+    std::int32_t* row_ = nullptr;
+    std::int32_t* column_ = nullptr;
+    std::int32_t* used_ = nullptr;
+    double* factors_ = nullptr;
+
+private:
+    std::int32_t small_[3][kSmall] = {};  // (the third array lists the indices not pivoted)
+    double smallFactors_[kSmall] = {};
+    bool onHeap_ = false;
 };
 
-// The largest remaining element among rows and columns not yet pivoted (the last of equals);
-// false when a column would be pivoted twice.
-bool findPivot(const DenseMatrix& m, const std::int32_t* used, std::size_t& pivotRow,
-               std::size_t& pivotColumn) {
-    const std::size_t n = m.rows;
+// The largest element among the rows and columns not yet pivoted (one set: a pivot's row is
+// swapped to its column's index), the last of equals in row-by-row order.
+void findPivot(const double* a, std::size_t n, const std::int32_t* remaining, std::size_t count,
+               std::size_t& pivotRow, std::size_t& pivotColumn) {
     double largest = 0.0;
-    for (std::size_t j = 0; j < n; ++j) {
-        if (used[j] == 1) continue;
-        for (std::size_t k = 0; k < n; ++k) {
-            if (used[k] == 0) {
-                if (std::fabs(at(m, j, k)) >= largest) {
-                    largest = std::fabs(at(m, j, k));
-                    pivotRow = j;
-                    pivotColumn = k;
-                }
-            } else if (used[k] > 1) {
-                return false;
+    for (std::size_t jj = 0; jj < count; ++jj) {
+        const std::size_t j = static_cast<std::size_t>(remaining[jj]);
+        for (std::size_t kk = 0; kk < count; ++kk) {
+            const std::size_t k = static_cast<std::size_t>(remaining[kk]);
+            const double size = std::fabs(a[n * k + j]);
+            if (size >= largest) {
+                largest = size;
+                pivotRow = j;
+                pivotColumn = k;
             }
         }
     }
-    return true;
 }
 
-// Divides the pivot row by the pivot and clears the pivot column in every other row.
-void eliminate(DenseMatrix& m, std::size_t p) {
-    const std::size_t n = m.rows;
-    const double inverse = 1.0 / at(m, p, p);
-    at(m, p, p) = 1.0;
-    for (std::size_t c = 0; c < n; ++c) at(m, p, c) *= inverse;
+// Divides the pivot row by the pivot (whose place receives 1 first) and clears the pivot
+// column from every other row: a(r, c) -= a(p, c) * a(r, p), a column at a time.  The pivot
+// row takes a factor of 0, which leaves it as it is, so each column is one plain loop.
+void eliminate(double* a, std::size_t n, std::size_t p, double* factors) {
+    double* pivotColumn = a + n * p;
+    const double inverse = 1.0 / pivotColumn[p];
+    pivotColumn[p] = 1.0;
+    for (std::size_t c = 0; c < n; ++c) a[n * c + p] *= inverse;
     for (std::size_t r = 0; r < n; ++r) {
-        if (r == p) continue;
-        const double factor = at(m, r, p);
-        at(m, r, p) = 0.0;
-        for (std::size_t c = 0; c < n; ++c) at(m, r, c) -= at(m, p, c) * factor;
+        factors[r] = pivotColumn[r];
+        pivotColumn[r] = 0.0;
+    }
+    factors[p] = 0.0;
+    pivotColumn[p] = inverse;
+    for (std::size_t c = 0; c < n; ++c) {
+        double* column = a + n * c;
+        const double pivotValue = column[p];
+        for (std::size_t r = 0; r < n; ++r) column[r] -= pivotValue * factors[r];
     }
 }
 
 bool invert(DenseMatrix& m) {
-    const int n = static_cast<int>(m.rows);
-    PivotRecord pivots(n);
+    const std::size_t n = m.rows;
+    double* a = m.data;
+    PivotRecord pivots(static_cast<int>(n));
     if (!pivots.ready()) return false;
-    for (int pass = 0; pass < n; ++pass) {
+    // The indices not yet pivoted, in increasing order (a column is pivoted at most once, so
+    // the count of uses per column reduces to this list).
+    std::int32_t* remaining = pivots.used_;
+    for (std::size_t i = 0; i < n; ++i) remaining[i] = static_cast<std::int32_t>(i);
+    std::size_t left = n;
+    for (std::size_t pass = 0; pass < n; ++pass) {
         std::size_t row = 0;
         std::size_t column = 0;
-        if (!findPivot(m, pivots.used_, row, column)) return false;
-        ++pivots.used_[column];
-        if (pivots.used_[column] > 1) return false;  // a column chosen twice: singular
+        findPivot(a, n, remaining, left, row, column);
+        std::size_t at = 0;
+        while (remaining[at] != static_cast<std::int32_t>(column)) ++at;
+        for (; at + 1 < left; ++at) remaining[at] = remaining[at + 1];
+        --left;
         if (row != column) swapRows(m, row, column);
         pivots.row_[pass] = static_cast<std::int32_t>(row);
         pivots.column_[pass] = static_cast<std::int32_t>(column);
-        if (at(m, column, column) == 0.0) return false;
-        eliminate(m, column);
+        if (a[n * column + column] == 0.0) return false;
+        eliminate(a, n, column, pivots.factors_);
     }
-    for (int pass = n - 1; pass >= 0; --pass) {
+    for (std::size_t pass = n; pass-- > 0;) {
         if (pivots.row_[pass] != pivots.column_[pass]) {
             swapColumns(m, static_cast<std::size_t>(pivots.row_[pass]),
                         static_cast<std::size_t>(pivots.column_[pass]));
