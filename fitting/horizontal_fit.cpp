@@ -386,6 +386,7 @@ int qmBestFit_planeCalc(double* meanX, double* meanY, double* zAtCentroid, doubl
             }
         }
     }
+    if (status != 0) *meanX = *meanY = *zAtCentroid = 0.0;  // a failed fit leaves only zeros
     qmMatrix_freeMatrix(&design);
     qmMatrix_freeMatrix(&rhs);
     qmMatrix_freeMatrix(&normal);

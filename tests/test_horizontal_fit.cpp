@@ -236,6 +236,8 @@ TEST(HorizontalFitPlane, ExactThreePointsNoiseAndFailures) {
     EXPECT_NEAR(a * mx + b * my + c, z, 1e-9);
     const Point3d line[3] = {{0, 0, 1}, {1, 1, 2}, {2, 2, 3}};
     EXPECT_EQ(ERR_FAILURE, qmBestFit_planeCalc(&mx, &my, &z, &a, &b, &c, nullptr, 3, line));
+    EXPECT_EQ(0.0, mx);
+    EXPECT_EQ(0.0, z);
     EXPECT_EQ(ERR_FAILURE, qmBestFit_planeCalc(&mx, &my, &z, &a, &b, &c, nullptr, 2, three));
     EXPECT_EQ(0.0, a);
 }

@@ -291,7 +291,18 @@ TEST(PointSingle, LocationsArcsAndRotation) {
     EXPECT_NEAR(3.0, centre.y, 1e-12);
     EXPECT_NEAR(5.0, radius, 1e-12);
     EXPECT_NEAR(0.0, start, 1e-12);
-    EXPECT_NEAR(kPi, std::fabs(sweep), 1e-12);
+    EXPECT_NEAR(kPi, sweep, 1e-12);  // middle point right of the chord: counter-clockwise
+    Point3d low{2, -2, 0};
+    ASSERT_EQ(0, qmPoint_calculateArcInfoFor3pts(nullptr, nullptr, nullptr, &sweep, &p1, &low, &p3));
+    EXPECT_NEAR(-kPi, sweep, 1e-12);
+    Point3d north{2, 8, 0}, northEast{2 + 5 * std::sqrt(0.5), 3 + 5 * std::sqrt(0.5), 0},
+        south{2, -2, 0};
+    ASSERT_EQ(0, qmPoint_calculateArcInfoFor3pts(nullptr, nullptr, nullptr, &sweep, &p1,
+                                                 &northEast, &north));
+    EXPECT_NEAR(kPi / 2, sweep, 1e-12);
+    ASSERT_EQ(0, qmPoint_calculateArcInfoFor3pts(nullptr, nullptr, nullptr, &sweep, &p1, &south,
+                                                 &north));
+    EXPECT_NEAR(-1.5 * kPi, sweep, 1e-12);
     Point3d along{};
     ASSERT_EQ(0, qmPoint_calculatePointAlongArc(&along, &p1, &centre, 5 * kPi / 2, 0));
     EXPECT_NEAR(2.0, along.x, 1e-12);

@@ -107,8 +107,8 @@ KB_API int qmBestFit_lineCalc(double* direction, double* lineConstant, double* s
  * first.  Outputs: mean x, mean y, the plane's z at (mean x, mean y), a, b, c and the standard
  * error sqrt(sum r^2) / n (not sqrt(sum r^2 / n); may be null).  Coordinates are reduced by
  * their means internally for conditioning; the results are those of the plain normal
- * equations.  ERR_FAILURE: count < 3, a null pointer, all points on one line in plan
- * (singular system), or no memory.
+ * equations.  ERR_FAILURE, with every output 0: count < 3, a null pointer, all points on one
+ * line in plan (singular system), or no memory.
  */
 KB_API int qmBestFit_planeCalc(double* meanX, double* meanY, double* zAtCentroid, double* a,
                                double* b, double* c, double* standardError, int count,

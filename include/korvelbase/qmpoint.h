@@ -90,9 +90,10 @@ KB_API int qmPoint_calculateSweepAngle2d(const Point3d* centre, double* sweep,
                                          int counterClockwise) KB_NOEXCEPT;
 /**
  * Arc through three points: centre (z = 0), radius, direction centre -> first point, and the
- * signed sweep from the first to the last point through the middle one (positive when the
- * middle point lies right of or on the chord first -> last, i.e. a clockwise arc; its
- * magnitude exceeds pi when the middle point is farther from the chord than the radius).
+ * signed sweep from the first to the last point through the middle one: positive when the
+ * middle point lies on the right of the chord first -> last (the arc then turns
+ * counter-clockwise about the centre), negative when on the left; its magnitude exceeds pi
+ * when the middle point is farther from the chord than the radius.
  * Middle point within 1e-7 of the chord: ERR_FAILURE.  Each output may be null.
  */
 KB_API int qmPoint_calculateArcInfoFor3pts(Point3d* centre, double* radius,
