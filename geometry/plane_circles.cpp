@@ -11,6 +11,56 @@
 
 namespace {
 
+struct Vec {
+    double x;
+    double y;
+};
+
+Vec minus(Vec a, Vec b) { return {a.x - b.x, a.y - b.y}; }
+double dot(Vec a, Vec b) { return a.x * b.x + a.y * b.y; }
+
+bool unit(Vec v, Vec& u) {
+    const double n = std::hypot(v.x, v.y);
+    if (!(n > 0.0) || !std::isfinite(n)) return false;
+    u = {v.x / n, v.y / n};
+    return true;
+}
+
+// The radius of the circle tangent to the tangents V->A and V->B (V the intersection point)
+// that passes through P, with P on the arc between the tangency points.  The centre lies on
+// the bisector of the angle at V, at R / sin(half angle) from V, so |C - P| = R is a quadratic
+// in R: R^2 cos^2/sin^2 - 2 R (b.D)/sin + |D|^2 = 0 with D = P - V and b the bisector.
+bool curveRadiusThroughPoint(Vec a, Vec b, Vec v, Vec p, double& radius) {
+    constexpr double kLeastHalfAngleSine = 1e-12;  // tangents that are (nearly) one line
+    Vec u, w;
+    if (!unit(minus(a, v), u) || !unit(minus(b, v), w)) return false;
+    Vec bisector;
+    if (!unit({u.x + w.x, u.y + w.y}, bisector)) return false;  // tangents in opposite senses
+    const double halfAngle = std::acos(std::fmax(-1.0, std::fmin(1.0, dot(u, w)))) / 2.0;
+    const double s = std::sin(halfAngle);
+    const double c = std::cos(halfAngle);
+    if (s < kLeastHalfAngleSine || c < kLeastHalfAngleSine) return false;
+    const Vec d = minus(p, v);
+    const double qa = c * c / (s * s);
+    const double qb = -2.0 * dot(bisector, d) / s;
+    const double qc = dot(d, d);
+    const double discriminant = qb * qb - 4.0 * qa * qc;
+    if (discriminant < 0.0 || qc == 0.0) return false;
+    const double root = std::sqrt(discriminant);
+    // The point must lie on the arc: seen from the centre, within the half angle's complement
+    // of the direction back towards V.
+    for (const double r : {(-qb + root) / (2.0 * qa), (-qb - root) / (2.0 * qa)}) {
+        if (!(r > 0.0)) continue;
+        const Vec centre = {v.x + bisector.x * r / s, v.y + bisector.y * r / s};
+        const Vec toPoint = minus(p, centre);
+        if (-dot(toPoint, bisector) >= r * s * (1.0 - 1e-9)) {
+            radius = r;
+            return true;
+        }
+    }
+    return false;
+}
+
 // Radius reported for three collinear points: a straight is a circle of "infinite" radius.
 constexpr double kCollinearRadius = 1e100;
 
@@ -147,6 +197,13 @@ int qmMath_computeCurveRadiusFromThreePoints(double x1, double y1, double x2, do
     qmMath_locateByDistanceDirection2d(cx, cy, x1, y1, r,
                                        qmConversion_azimuthToDirection(azimuthToCentre));
     return 0;
+}
+
+int qmMath_passTangentCurveThruPoint(double* radius, double a1, double a2, double b1, double b2,
+                                     double q1, double q2, double p1, double p2) noexcept {
+    if (radius == nullptr) return ERR_FAILURE;
+    *radius = 0.0;
+    return curveRadiusThroughPoint({a1, a2}, {b1, b2}, {q1, q2}, {p1, p2}, *radius) ? 0 : ERR_FAILURE;
 }
 
 }  // extern "C"

@@ -272,6 +272,15 @@ int qmPoint_lineTangentToCircleByPoint(Point3d* left, Point3d* right, const Poin
     return status;
 }
 
+int qmPoint_passTangentCurveThruPoint(double* radius, const Point3d* a, const Point3d* b,
+                                      const Point3d* v, const Point3d* point) noexcept {
+    if (radius == nullptr) return ERR_FAILURE;
+    *radius = 0.0;
+    if (a == nullptr || b == nullptr || v == nullptr || point == nullptr) return ERR_FAILURE;
+    return qmMath_passTangentCurveThruPoint(radius, a->x, a->y, b->x, b->y, v->x, v->y, point->x,
+                                            point->y);
+}
+
 int qmPoint_passTangentParabolaThruPoint(double* length, const Point3d* a, const Point3d* b,
                                          const Point3d* v, const Point3d* point) noexcept {
     if (length == nullptr) return ERR_FAILURE;

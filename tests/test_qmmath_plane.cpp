@@ -283,3 +283,37 @@ TEST(QmMathSpirals, LengthFromDeflectionAndEndRadii) {
 }
 
 }  // namespace
+
+TEST(QmMathCurves, CircularCurveThroughAPointBetweenTwoTangents) {
+    // Tangents from the PI V towards A and B; the circle of radius R tangent to both has its
+    // centre on the bisector.  Every point of its arc between the tangency points gives R back.
+    const double kDeg = 3.14159265358979323846 / 180.0;
+    const double vx = 1000.0, vy = 2000.0;
+    for (const double opening : {40.0, 90.0, 150.0}) {
+        for (const double r : {25.0, 300.0}) {
+            const double ua = 10.0 * kDeg, ub = (10.0 + opening) * kDeg;
+            const double ax = vx + 500 * std::cos(ua), ay = vy + 500 * std::sin(ua);
+            const double bx = vx + 500 * std::cos(ub), by = vy + 500 * std::sin(ub);
+            const double half = opening * kDeg / 2.0, bis = ua + half;
+            const double cx = vx + r / std::sin(half) * std::cos(bis);
+            const double cy = vy + r / std::sin(half) * std::sin(bis);
+            // The arc faces V: directions from the centre within (90 - half) of the way to V.
+            for (const double t : {-0.9, -0.3, 0.0, 0.5, 0.95}) {
+                const double a = bis + 3.14159265358979323846 + t * (90.0 * kDeg - half);
+                double found = -1.0;
+                ASSERT_EQ(qmMath_passTangentCurveThruPoint(&found, ax, ay, bx, by, vx, vy,
+                                                           cx + r * std::cos(a), cy + r * std::sin(a)),
+                          0)
+                    << opening << " " << r << " " << t;
+                EXPECT_NEAR(found, r, 1e-7 * r) << opening << " " << r << " " << t;
+            }
+        }
+    }
+    double found = 7.0;
+    // A point outside the angle between the tangents: no such curve.
+    EXPECT_EQ(qmMath_passTangentCurveThruPoint(&found, 10, 0, 0, 10, 0, 0, -5, -5), ERR_FAILURE);
+    EXPECT_EQ(found, 0.0);
+    // Tangents along one line.
+    EXPECT_EQ(qmMath_passTangentCurveThruPoint(&found, 10, 0, -10, 0, 0, 0, 0, 5), ERR_FAILURE);
+    EXPECT_EQ(qmMath_passTangentCurveThruPoint(nullptr, 10, 0, 0, 10, 0, 0, 3, 3), ERR_FAILURE);
+}

@@ -333,6 +333,18 @@ KB_API int qmMath_parabolaTangentsToPoint(double* x1, double* y1, double* x2, do
  * the grades are equal or exactly opposite (k1 = -k2), or no root is non-negative.
  * ERR_FAILURE only when length is null; otherwise 0.
  */
+/**
+ * Radius of the circular curve that joins the tangents A->V and V->B (V their intersection
+ * point, the curve's PI) and passes through P: the circle tangent to both lines whose centre
+ * lies on the bisector of the angle at V, with P on the arc between the two tangency points.
+ * Of the two circles tangent to both lines through P, the larger radius is tried first.
+ * *radius is set to 0 first; ERR_FAILURE (radius 0) when radius is null, a tangent has no
+ * length, the tangents are one line, or no such arc passes through P (P outside the angle).
+ */
+KB_API int qmMath_passTangentCurveThruPoint(double* radius, double a1, double a2, double b1,
+                                            double b2, double q1, double q2, double p1,
+                                            double p2) KB_NOEXCEPT;
+
 KB_API int qmMath_passTangentParabolaThruPoint(double* length, double a1, double a2, double b1,
                                                double b2, double q1, double q2, double p1,
                                                double p2) KB_NOEXCEPT;

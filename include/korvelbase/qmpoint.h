@@ -113,6 +113,9 @@ KB_API int qmPoint_lineTangentToCircleByPoint(Point3d* left, Point3d* right,
                                               const Point3d* centre, double radius,
                                               const Point3d* point,
                                               double tolerance) KB_NOEXCEPT;
+/** qmMath_passTangentCurveThruPoint with points; *radius = 0.0 first; null: ERR_FAILURE. */
+KB_API int qmPoint_passTangentCurveThruPoint(double* radius, const Point3d* a, const Point3d* b,
+                                             const Point3d* v, const Point3d* point) KB_NOEXCEPT;
 /** qmMath_passTangentParabolaThruPoint with points; *length = 0.0 first; null: ERR_FAILURE. */
 KB_API int qmPoint_passTangentParabolaThruPoint(double* length, const Point3d* a,
                                                 const Point3d* b, const Point3d* v,
