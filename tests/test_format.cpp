@@ -173,8 +173,10 @@ TEST(Format, TheHostLocaleMattersOnlyBetweenTheLocalePair) {
     setenv("LC_ALL", comma, 1);
 #endif
     qmFormat_HonorMachineLocale();
+    // The machine locale's own separator (a comma where the environment selects one).
+    const std::string separator(1, std::localeconv()->decimal_point[0]);
     qmFormat_doubleByDecimalDigitsNoTrunc(out.get(), 1.25, 2);
-    EXPECT_EQ(out.text(), "1,25");
+    EXPECT_EQ(out.text(), "1" + separator + "25");
     qmFormat_RestoreDefaultLocale();
     qmFormat_doubleByDecimalDigitsNoTrunc(out.get(), 1.25, 2);
     EXPECT_EQ(out.text(), "1.25");
