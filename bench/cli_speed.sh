@@ -20,4 +20,4 @@ start=$(date +%s.%N)
 "$korvel" profile fit "$work/survey.csv" --csv -o "$work/ips.csv"
 end=$(date +%s.%N)
 tail -n 1 "$work/ips.csv"
-echo "elapsed: $(echo "$end - $start" | bc) s"
+awk -v s="$start" -v e="$end" 'BEGIN { printf "elapsed: %.2f s\n", e - s }'
