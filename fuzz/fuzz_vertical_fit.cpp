@@ -23,7 +23,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const double hog = input.takeDouble();
     const double sag = input.takeDouble();
     const double minLength = input.takeDouble();
-    const double cog = input.takeDouble();
+    // Filter values beyond 30 % only add filtering passes (bounded at 1000, each a rescan):
+    // the target spends its time on shapes of data instead.
+    const double rawCog = input.takeDouble();
+    const double cog = std::isfinite(rawCog) ? std::fmod(std::fabs(rawCog), 30.0) : rawCog;
     const int flags = input.take<std::uint8_t>();
     qmBestFit_verticalProfileInitialize(upTol, loTol, hog, sag, minLength, cog, flags & 1,
                                         (flags >> 1) & 1, 0);
