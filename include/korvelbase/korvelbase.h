@@ -12,6 +12,7 @@
 #include "korvelbase/mem.h"
 #include "korvelbase/blockarray.h"
 #include "korvelbase/utmat.h"
+#include "korvelbase/utmat_segments.h"
 #include "korvelbase/bestfit_transform.h"
 #include "korvelbase/bestfit_vertical.h"
 #include "korvelbase/qmgeoid.h"
