@@ -1,5 +1,6 @@
 // korvel profile: jobs on longitudinal profiles (station, level).
-//   profile fit  - design a vertical alignment within the tolerances of a surveyed profile
+//   profile fit  - design a vertical alignment within the tolerances of a survey
+//   profile fill - fill missing elevations along a 3-D polylineed profile
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
@@ -13,6 +14,7 @@
 #include "cli/table.hpp"
 #include "korvelbase/bestfit_vertical.h"
 #include "korvelbase/mem.h"
+#include "korvelbase/utmat_polylines.h"
 
 namespace korvel {
 
@@ -141,6 +143,44 @@ void runFit(const FitOptions& o) {
     if (!o.svg.empty()) plotFit(o, stations, levels, alignment);
 }
 
+struct FillOptions {
+    std::string input;
+    OutputOptions output;
+};
+
+// Reads x, y and z where an empty z is an unknown elevation.
+void runFill(const FillOptions& o) {
+    const Table t = readTable(o.input, {{"x"}, {"y"}, {"z", false, 0.0, true}});
+    std::vector<Point3d> points;
+    std::vector<int32_t> known;
+    for (std::size_t i = 0; i < t.rows(); ++i) {
+        const std::string& text = t.textColumn("z")[i];
+        double z = 0.0;
+        if (!text.empty()) {
+            char* end = nullptr;
+            z = std::strtod(text.c_str(), &end);
+            if (*end != '\0' || !std::isfinite(z)) {
+                throw InputError(t.where(i) + ": z '" + text + "' is not a number");
+            }
+        }
+        points.push_back({t.column("x")[i], t.column("y")[i], z});
+        known.push_back(text.empty() ? 0 : 1);
+    }
+    int status = 0;
+    UTMAT_CalculerInterpolationCurviligneDuZ(points.data(), static_cast<int>(points.size()), known.data(), &status);
+    switch (status) {
+        case UTMAT_FILL_TOO_FEW_POINTS: throw InputError(o.input + ": at least two points are needed");
+        case UTMAT_FILL_NO_ELEVATION: throw InputError(o.input + ": no point has an elevation");
+        case UTMAT_FILL_COINCIDENT_POINTS: throw InputError(o.input + ": two consecutive points coincide in plan");
+        default: break;
+    }
+    Report report({"x", "y", "z", "filled"});
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        report.add({fixed(points[i].x, 4), fixed(points[i].y, 4), fixed(points[i].z, 4), known[i] != 0 ? "0" : "1"});
+    }
+    OutputFile(o.output.output).write(report.render(o.output.csv));
+}
+
 }  // namespace
 
 void addProfile(CLI::App& app) {
@@ -171,6 +211,13 @@ void addProfile(CLI::App& app) {
         if (!(fit.upTol >= 0.0) || !(fit.loTol >= 0.0)) throw UsageError("tolerances must not be negative");
         runFit(fit);
     });
+
+    static FillOptions fill;
+    auto* fillCommand = profile->add_subcommand("fill", "fill missing elevations along a 3-D polyline");
+    fillCommand->add_option("POINTS", fill.input, "CSV with columns x, y, z (an empty z is unknown)")->required();
+    addOutputOptions(*fillCommand, fill.output);
+    fillCommand->footer("Example:\n  korvel profile fill examples/data/string_3d.csv");
+    fillCommand->callback([] { runFill(fill); });
 }
 
 }  // namespace korvel

@@ -26,6 +26,7 @@ void addProfile(CLI::App& app);
 void addGeoid(CLI::App& app);
 void addTransform(CLI::App& app);
 void addFit(CLI::App& app);
+void addIntersect(CLI::App& app);
 
 }  // namespace korvel
 

@@ -28,6 +28,7 @@ int main(int argc, char** argv) {
     korvel::addGeoid(app);
     korvel::addTransform(app);
     korvel::addFit(app);
+    korvel::addIntersect(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {

@@ -74,8 +74,8 @@ def profiles():
 def traverse_and_polylines():
     rng = random.Random(2)
     # Two crossing plan polylines: a sine-like centreline and a straight-ish diagonal road.
-    a = [(x * 10.0, 500.0 + 120.0 * math.sin(x * 10.0 / 160.0)) for x in range(0, 101)]
-    b = [(x * 12.0, 300.0 + x * 4.0 + rng.uniform(-5, 5)) for x in range(0, 84)]
+    a = [(x * 10.0, 500.0 + 120.0 * math.sin(x * 10.0 / 80.0)) for x in range(0, 101)]
+    b = [(x * 12.0, 450.0 + x * 1.2 + rng.uniform(-5, 5)) for x in range(0, 84)]
     write_csv("centreline_a.csv", ["x", "y"], [(f"{x:.3f}", f"{y:.3f}") for x, y in a],
               "a winding centreline")
     write_csv("centreline_b.csv", ["x", "y"], [(f"{x:.3f}", f"{y:.3f}") for x, y in b],
@@ -84,7 +84,7 @@ def traverse_and_polylines():
     rows = []
     for i in range(0, 41):
         x, y = i * 25.0, 200.0 + i * 5.0
-        z = 50.0 + 0.02 * i * 25.0
+        z = 50.0 + 0.02 * i * math.hypot(25.0, 5.0)
         rows.append((f"{x:.3f}", f"{y:.3f}", "" if i % 5 in (2, 3) else f"{z:.3f}"))
     write_csv("string_3d.csv", ["x", "y", "z"], rows,
               "a 3-D string on a 2% grade (z = 50 + 0.02 * chainage) with levels missing")

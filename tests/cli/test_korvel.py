@@ -269,6 +269,62 @@ class Fits(PlotChecks):
         self.assertIn("at least 3 points", err)
 
 
+def segment_crossings(a, b):
+    """Every proper crossing of two polylines with the chainage on each (a plain double loop)."""
+    out = []
+    along_a = 0.0
+    for (x1, y1), (x2, y2) in zip(a, a[1:]):
+        la = math.hypot(x2 - x1, y2 - y1)
+        along_b = 0.0
+        for (x3, y3), (x4, y4) in zip(b, b[1:]):
+            lb = math.hypot(x4 - x3, y4 - y3)
+            d = (x2 - x1) * (y4 - y3) - (y2 - y1) * (x4 - x3)
+            if d != 0:
+                t = ((x3 - x1) * (y4 - y3) - (y3 - y1) * (x4 - x3)) / d
+                u = ((x3 - x1) * (y2 - y1) - (y3 - y1) * (x2 - x1)) / d
+                if 0 <= t <= 1 and 0 <= u <= 1:
+                    out.append((along_a + t * la, along_b + u * lb))
+            along_b += lb
+        along_a += la
+    return out
+
+
+class Polylines(PlotChecks):
+    def test_intersect_finds_every_crossing_with_both_chainages(self):
+        a = read_table(os.path.join(DATA, "centreline_a.csv"), ["x", "y"])
+        b = read_table(os.path.join(DATA, "centreline_b.csv"), ["x", "y"])
+        expected = segment_crossings(a, b)
+        self.assertGreaterEqual(len(expected), 3)
+        svg = os.path.join(self.folder, "crossings.svg")
+        status, out, err = run("intersect", os.path.join(DATA, "centreline_a.csv"),
+                               os.path.join(DATA, "centreline_b.csv"), "--csv", "--svg", svg)
+        self.assertEqual(status, 0, err)
+        rows = list(csv.DictReader(line for line in out.splitlines() if not line.startswith("#")))
+        self.assertEqual(len(rows), len(expected))
+        for row, (ca, cb) in zip(rows, expected):
+            self.assertAlmostEqual(float(row["chainage_a"]), ca, places=3)
+            self.assertAlmostEqual(float(row["chainage_b"]), cb, places=3)
+        self.render(svg)
+
+    def test_profile_fill_restores_the_grade(self):
+        status, out, err = run("profile", "fill", os.path.join(DATA, "string_3d.csv"), "--csv")
+        self.assertEqual(status, 0, err)
+        rows = list(csv.DictReader(io.StringIO(out)))
+        self.assertEqual(len(rows), 41)
+        chainage = 0.0
+        previous = None
+        for row in rows:
+            x, y, z = float(row["x"]), float(row["y"]), float(row["z"])
+            if previous is not None:
+                chainage += math.hypot(x - previous[0], y - previous[1])
+            previous = (x, y)
+            self.assertAlmostEqual(z, 50 + 0.02 * chainage, delta=0.002)  # data rounded to 1 mm
+        self.assertTrue(any(row["filled"] == "1" for row in rows))
+        status, _, err = run("profile", "fill", self.write("z.csv", "x,y,z\n0,0,\n1,1,\n"))
+        self.assertEqual(status, 1)
+        self.assertIn("no point has an elevation", err)
+
+
 class Convert(unittest.TestCase):
     def test_round_trips_and_known_values(self):
         cases = [
