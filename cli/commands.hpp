@@ -27,6 +27,7 @@ void addGeoid(CLI::App& app);
 void addTransform(CLI::App& app);
 void addFit(CLI::App& app);
 void addIntersect(CLI::App& app);
+void addSpiral(CLI::App& app);
 
 }  // namespace korvel
 

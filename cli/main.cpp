@@ -29,6 +29,7 @@ int main(int argc, char** argv) {
     korvel::addTransform(app);
     korvel::addFit(app);
     korvel::addIntersect(app);
+    korvel::addSpiral(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {

@@ -14,6 +14,7 @@
 #include "korvelbase/utmat.h"
 #include "korvelbase/utmat_segments.h"
 #include "korvelbase/utmat_polylines.h"
+#include "korvelbase/utmat_clothoid.h"
 #include "korvelbase/bestfit_transform.h"
 #include "korvelbase/bestfit_vertical.h"
 #include "korvelbase/qmgeoid.h"

@@ -325,6 +325,30 @@ class Polylines(PlotChecks):
         self.assertIn("no point has an elevation", err)
 
 
+class Spiral(unittest.TestCase):
+    def test_setting_out_table_follows_the_clothoid(self):
+        a = 200.0
+        status, out, err = run("spiral", "--A", str(a), "--length", "150", "--step", "10", "--csv")
+        self.assertEqual(status, 0, err)
+        rows = list(csv.DictReader(io.StringIO(out)))
+        self.assertEqual(len(rows), 16)
+        previous = None
+        for row in rows:
+            s = float(row["chainage"])
+            # Tangent direction s^2 / (2 A^2); radius A^2 / s; chord steps shorter than the arc.
+            self.assertAlmostEqual(math.radians(float(row["tangent_deg"])), s * s / (2 * a * a), places=6)
+            if s > 0:
+                self.assertAlmostEqual(float(row["radius"]), a * a / s, places=2)
+            point = (float(row["x"]), float(row["y"]))
+            if previous is not None:
+                chord = math.hypot(point[0] - previous[0], point[1] - previous[1])
+                self.assertLessEqual(chord, 10.0 + 1e-4)
+                self.assertGreater(chord, 9.99)
+            previous = point
+        status, _, _ = run("spiral", "--A", "0", "--length", "10")
+        self.assertEqual(status, 2)
+
+
 class Convert(unittest.TestCase):
     def test_round_trips_and_known_values(self):
         cases = [
