@@ -15,6 +15,7 @@
 #include "korvelbase/utmat_segments.h"
 #include "korvelbase/utmat_polylines.h"
 #include "korvelbase/utmat_clothoid.h"
+#include "korvelbase/utmat_profiles.h"
 #include "korvelbase/bestfit_transform.h"
 #include "korvelbase/bestfit_vertical.h"
 #include "korvelbase/qmgeoid.h"
