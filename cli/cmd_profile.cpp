@@ -1,5 +1,6 @@
 // korvel profile: jobs on longitudinal profiles (station, level).
 //   profile fit  - design a vertical alignment within the tolerances of a survey
+//   profile diff - cut and fill between two profiles
 //   profile fill - fill missing elevations along a 3-D polylineed profile
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -14,7 +15,9 @@
 #include "cli/table.hpp"
 #include "korvelbase/bestfit_vertical.h"
 #include "korvelbase/mem.h"
+#include "korvelbase/blockarray.h"
 #include "korvelbase/utmat_polylines.h"
+#include "korvelbase/utmat_profiles.h"
 
 namespace korvel {
 
@@ -143,6 +146,127 @@ void runFit(const FitOptions& o) {
     if (!o.svg.empty()) plotFit(o, stations, levels, alignment);
 }
 
+struct DiffOptions {
+    std::string first;
+    std::string second;
+    std::string svg;
+    OutputOptions output;
+};
+
+std::vector<Point2d> readProfile(const std::string& path) {
+    const Table t = readTable(path, {{"station"}, {"level"}});
+    requireIncreasing(t, "station");
+    if (t.rows() < 2) throw InputError(path + ": a profile needs at least two points");
+    std::vector<Point2d> points;
+    for (std::size_t i = 0; i < t.rows(); ++i) points.push_back({t.column("station")[i], t.column("level")[i]});
+    return points;
+}
+
+template <typename T>
+std::vector<T> takeBlockArray(T*& block, int count) {
+    std::vector<T> out;
+    if (block != nullptr) {
+        out.assign(block, block + count);
+        MEM_LibererTableau(reinterpret_cast<void**>(&block));
+    }
+    return out;
+}
+
+double levelOn(const std::vector<Point2d>& p, double x) {
+    for (std::size_t i = 1; i < p.size(); ++i) {
+        if (x <= p[i].x) return p[i - 1].y + (p[i].y - p[i - 1].y) * (x - p[i - 1].x) / (p[i].x - p[i - 1].x);
+    }
+    return p.back().y;
+}
+
+const char* sideName(int code, bool after) {
+    const int bits = after ? (code >> 16) & 0x7 : code & 0xFF;
+    return bits == 4 ? "above" : (bits == 2 ? "below" : "level");
+}
+
+void plotDiff(const DiffOptions& o, const std::vector<Point2d>& a, const std::vector<Point2d>& b,
+              const std::vector<Point2d>& crossings) {
+    // Shade each stretch between crossings: green where profile 1 is above (fill), red below.
+    const double from = std::fmax(a.front().x, b.front().x), to = std::fmin(a.back().x, b.back().x);
+    std::vector<double> cuts{from};
+    for (const Point2d& c : crossings) cuts.push_back(c.x);
+    cuts.push_back(to);
+    std::vector<PlotPoint> pa, pb;
+    for (const Point2d& p : a) pa.push_back({p.x, p.y});
+    for (const Point2d& p : b) pb.push_back({p.x, p.y});
+    Range x = rangeOf(pa, true), y = rangeOf(pa, false);
+    for (const PlotPoint& p : pb) {
+        x.include(p.x);
+        y.include(p.y);
+    }
+    SvgPlot plot(x, y);
+    plot.title("Profile difference: " + o.first + " against " + o.second,
+               fmt::format("{} crossings, vertical exaggeration {:.1f}x", crossings.size(),
+                           plot.yScale() / plot.xScale()));
+    plot.axes("chainage (m)", "level (m)");
+    for (std::size_t z = 0; z + 1 < cuts.size(); ++z) {
+        std::vector<PlotPoint> zone;
+        std::vector<double> xs{cuts[z]};
+        for (const auto* p : {&a, &b}) {
+            for (const Point2d& q : *p) {
+                if (q.x > cuts[z] && q.x < cuts[z + 1]) xs.push_back(q.x);
+            }
+        }
+        xs.push_back(cuts[z + 1]);
+        std::sort(xs.begin(), xs.end());
+        for (const double v : xs) zone.push_back({v, levelOn(a, v)});
+        for (auto v = xs.rbegin(); v != xs.rend(); ++v) zone.push_back({*v, levelOn(b, *v)});
+        const double mid = (cuts[z] + cuts[z + 1]) / 2.0;
+        plot.polygon(zone, levelOn(a, mid) > levelOn(b, mid) ? "#2ca02c" : "#d62728", 0.45);
+    }
+    plot.polyline(pa, "#1f77b4", 1.6);
+    plot.polyline(pb, "#444444", 1.2, "6,3");
+    for (const Point2d& c : crossings) plot.cross({c.x, c.y}, "#000000", 4);
+    plot.legend("#1f77b4", o.first + " (profile 1)");
+    plot.legend("#444444", o.second + " (profile 2)");
+    plot.legend("#2ca02c", "profile 1 above (fill)");
+    plot.legend("#d62728", "profile 1 below (cut)");
+    plot.save(o.svg);
+}
+
+void runDiff(const DiffOptions& o) {
+    const std::vector<Point2d> a = readProfile(o.first);
+    const std::vector<Point2d> b = readProfile(o.second);
+    double lengthAbove = 0, areaAbove = 0, lengthBelow = 0, areaBelow = 0;
+    Point2d* crossingBlock = nullptr;
+    int32_t* sideBlock = nullptr;
+    double* zoneBlock = nullptr;
+    int count = 0;
+    UTMAT_CalculateDiff2Lines(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
+                              &lengthAbove, &areaAbove, &lengthBelow, &areaBelow, &crossingBlock, &sideBlock,
+                              &count, &zoneBlock, nullptr, nullptr, nullptr);
+    const std::vector<Point2d> crossings = takeBlockArray(crossingBlock, count);
+    const std::vector<int32_t> sides = takeBlockArray(sideBlock, count);
+    const std::vector<double> zones = takeBlockArray(zoneBlock, count + 1);
+    Report totals({"measure", "value"});
+    totals.add({"length_above_m", fixed(lengthAbove, 3)});
+    totals.add({"area_above_m2", fixed(areaAbove, 3)});
+    totals.add({"length_below_or_level_m", fixed(lengthBelow, 3)});
+    totals.add({"area_below_m2", fixed(areaBelow, 3)});
+    Report crossingTable({"crossing", "station", "level", "before", "after"});
+    for (std::size_t k = 0; k < crossings.size(); ++k) {
+        crossingTable.add({std::to_string(k + 1), fixed(crossings[k].x, 3), fixed(crossings[k].y, 3),
+                           sideName(sides[k], false), sideName(sides[k], true)});
+    }
+    Report zoneTable({"zone", "from", "to", "signed_area_m2"});
+    const double from = std::fmax(a.front().x, b.front().x), to = std::fmin(a.back().x, b.back().x);
+    for (std::size_t z = 0; z < zones.size(); ++z) {
+        zoneTable.add({std::to_string(z + 1), fixed(z == 0 ? from : crossings[z - 1].x, 3),
+                       fixed(z < crossings.size() ? crossings[z].x : to, 3), fixed(zones[z], 3)});
+    }
+    const OutputFile out(o.output.output);
+    const std::string hash = o.output.csv ? "# " : "";
+    out.write(hash + "totals (profile 1 against profile 2)\n" + totals.render(o.output.csv) + "\n" + hash +
+              "crossings\n" + crossingTable.render(o.output.csv) + "\n" + hash +
+              "zones (positive: profile 1 above)\n" + zoneTable.render(o.output.csv));
+    if (!o.svg.empty()) plotDiff(o, a, b, crossings);
+}
+
 struct FillOptions {
     std::string input;
     OutputOptions output;
@@ -211,6 +335,15 @@ void addProfile(CLI::App& app) {
         if (!(fit.upTol >= 0.0) || !(fit.loTol >= 0.0)) throw UsageError("tolerances must not be negative");
         runFit(fit);
     });
+
+    static DiffOptions diff;
+    auto* diffCommand = profile->add_subcommand("diff", "cut and fill between two profiles: lengths, areas, crossings");
+    diffCommand->add_option("A", diff.first, "profile 1: CSV with columns station, level")->required();
+    diffCommand->add_option("B", diff.second, "profile 2: CSV with columns station, level")->required();
+    diffCommand->add_option("--svg", diff.svg, "draw both profiles with cut and fill shaded");
+    addOutputOptions(*diffCommand, diff.output);
+    diffCommand->footer("Example:\n  korvel profile diff examples/data/proposed_profile.csv examples/data/survey_profile.csv --svg diff.svg");
+    diffCommand->callback([] { runDiff(diff); });
 
     static FillOptions fill;
     auto* fillCommand = profile->add_subcommand("fill", "fill missing elevations along a 3-D polyline");

@@ -325,6 +325,45 @@ class Polylines(PlotChecks):
         self.assertIn("no point has an elevation", err)
 
 
+class ProfileDiff(PlotChecks):
+    def test_areas_match_an_integration_of_the_two_profiles(self):
+        a = read_table(os.path.join(DATA, "proposed_profile.csv"), ["station", "level"])
+        b = read_table(os.path.join(DATA, "survey_profile.csv"), ["station", "level"])
+
+        def level(p, x):
+            for (x0, y0), (x1, y1) in zip(p, p[1:]):
+                if x <= x1:
+                    return y0 + (y1 - y0) * (x - x0) / (x1 - x0)
+            return p[-1][1]
+
+        # The survey has a vertex every metre: integrate at 0.05 m.
+        above = below = 0.0
+        steps = 40000
+        for k in range(steps):
+            x = (k + 0.5) * 2000.0 / steps
+            d = level(a, x) - level(b, x)
+            if d > 0:
+                above += d * 2000.0 / steps
+            else:
+                below -= d * 2000.0 / steps
+        svg = os.path.join(self.folder, "diff.svg")
+        status, out, err = run("profile", "diff", os.path.join(DATA, "proposed_profile.csv"),
+                               os.path.join(DATA, "survey_profile.csv"), "--csv", "--svg", svg)
+        self.assertEqual(status, 0, err)
+        sections = csv_sections(out)
+        totals = {r["measure"]: float(r["value"]) for r in next(v for k, v in sections.items() if k.startswith("totals"))}
+        self.assertAlmostEqual(totals["area_above_m2"], above, delta=0.01 * above)
+        self.assertAlmostEqual(totals["area_below_m2"], below, delta=0.01 * below)
+        self.assertAlmostEqual(totals["length_above_m"] + totals["length_below_or_level_m"], 2000.0, places=3)
+        zones = next(v for k, v in sections.items() if k.startswith("zones"))
+        crossings = next(v for k, v in sections.items() if k.startswith("crossings"))
+        self.assertEqual(len(zones), len(crossings) + 1)
+        self.assertAlmostEqual(sum(float(z["signed_area_m2"]) for z in zones),
+                               totals["area_above_m2"] - totals["area_below_m2"], delta=0.01)
+        self.assertGreaterEqual(len(crossings), 3)  # the shift changes sign three times
+        self.render(svg)
+
+
 class Spiral(unittest.TestCase):
     def test_setting_out_table_follows_the_clothoid(self):
         a = 200.0
