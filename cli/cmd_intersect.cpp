@@ -38,7 +38,9 @@ std::vector<PlotPoint> plotPoints(const std::vector<Point2d>& points) {
 void run(const Options& o) {
     std::vector<Point2d> a = readPolyline(o.first);
     std::vector<Point2d> b = readPolyline(o.second);
-    const int capacity = static_cast<int>(std::min<std::size_t>((a.size() + b.size()) * 4 + 64, 50'000'000));
+    // Room for as many crossings as the two polylines have vertices (two profiles can cross at
+    // most that often); a full list is reported as such.
+    const int capacity = static_cast<int>(std::min<std::size_t>(a.size() + b.size() + 64, 100000000));
     std::vector<Point2d> points(static_cast<std::size_t>(capacity));
     std::vector<double> onA(points.size()), onB(points.size());
     UtDonneesIntersection request{a.data(), static_cast<int32_t>(a.size()), b.data(), static_cast<int32_t>(b.size()),
@@ -55,7 +57,8 @@ void run(const Options& o) {
     }
     const OutputFile out(o.output.output);
     out.write(report.render(o.output.csv));
-    out.write(fmt::format("{}{} crossings, {} collinear overlaps\n", o.output.csv ? "# " : "", count, overlapCount));
+    out.write(fmt::format("{}{}{} crossings, {} collinear overlaps\n", o.output.csv ? "# " : "",
+                          count == capacity ? "at least " : "", count, overlapCount));
     if (o.svg.empty()) return;
     const std::vector<PlotPoint> pa = plotPoints(a), pb = plotPoints(b);
     Range x = rangeOf(pa, true), y = rangeOf(pa, false);

@@ -201,11 +201,19 @@ public:
                    std::fmax(all.maxX, boxes_.back().maxX), std::fmax(all.maxY, boxes_.back().maxY)};
         }
         bounds_ = all;
-        side_ = std::max(1, static_cast<int>(std::sqrt(static_cast<double>(segments > 0 ? segments : 1))));
         usable_ = segments > 0 && std::isfinite(all.minX) && std::isfinite(all.maxX) &&
                   std::isfinite(all.minY) && std::isfinite(all.maxY);
         if (!usable_) return;
-        cells_.resize(static_cast<std::size_t>(side_) * side_);
+        // About one cell per segment, shaped like the extent (a long profile gets one row of
+        // cells, not a square grid whose every row each segment would cross).
+        const double target = segments;
+        const double width = all.maxX - all.minX;
+        const double height = all.maxY - all.minY;
+        double columns = height > 0.0 ? std::sqrt(target * width / height) : target;
+        columns = std::fmin(std::fmax(std::round(columns), 1.0), target);
+        columns_ = static_cast<int>(columns);
+        rows_ = static_cast<int>(std::fmin(std::fmax(std::round(target / columns), 1.0), target));
+        cells_.resize(static_cast<std::size_t>(columns_) * static_cast<std::size_t>(rows_));
         for (int k = 0; k < segments; ++k) {
             forCells(boxes_[static_cast<std::size_t>(k)], [&](std::size_t cell) { cells_[cell].push_back(k); });
         }
@@ -229,26 +237,27 @@ public:
     }
 
 private:
-    int cellIndex(double v, double lo, double hi) const {
+    static int cellIndex(double v, double lo, double hi, int count) {
         if (!(hi > lo)) return 0;
-        const double f = std::floor((v - lo) / (hi - lo) * side_);
-        return f < 0 ? 0 : (f >= side_ ? side_ - 1 : static_cast<int>(f));
+        const double f = std::floor((v - lo) / (hi - lo) * count);
+        return f < 0 ? 0 : (f >= count ? count - 1 : static_cast<int>(f));
     }
     template <typename Visit>
     void forCells(const Box& box, Visit visit) const {
-        const int x0 = cellIndex(box.minX, bounds_.minX, bounds_.maxX);
-        const int x1 = cellIndex(box.maxX, bounds_.minX, bounds_.maxX);
-        const int y0 = cellIndex(box.minY, bounds_.minY, bounds_.maxY);
-        const int y1 = cellIndex(box.maxY, bounds_.minY, bounds_.maxY);
+        const int x0 = cellIndex(box.minX, bounds_.minX, bounds_.maxX, columns_);
+        const int x1 = cellIndex(box.maxX, bounds_.minX, bounds_.maxX, columns_);
+        const int y0 = cellIndex(box.minY, bounds_.minY, bounds_.maxY, rows_);
+        const int y1 = cellIndex(box.maxY, bounds_.minY, bounds_.maxY, rows_);
         for (int gx = x0; gx <= x1; ++gx) {
-            for (int gy = y0; gy <= y1; ++gy) visit(static_cast<std::size_t>(gx) * side_ + gy);
+            for (int gy = y0; gy <= y1; ++gy) visit(static_cast<std::size_t>(gx) * rows_ + gy);
         }
     }
 
     kb::Vector<Box> boxes_;
     kb::Vector<kb::Vector<int>> cells_;
     Box bounds_{0, 0, 0, 0};
-    int side_ = 1;
+    int columns_ = 1;
+    int rows_ = 1;
     bool usable_ = false;
 };
 
