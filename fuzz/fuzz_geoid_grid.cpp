@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
 
 #include "fuzz/fuzz_input.hpp"
@@ -12,9 +13,12 @@
 
 namespace {
 
+// A file of this process's own, so that fuzzers running side by side never share it.
 const std::string& gridPath() {
     static const std::string path =
-        (std::filesystem::temp_directory_path() / "kb-fuzz-geoid-grid.bin").string();
+        (std::filesystem::temp_directory_path() /
+         ("kb-fuzz-geoid-grid-" + std::to_string(std::random_device{}()) + ".bin"))
+            .string();
     return path;
 }
 
