@@ -164,3 +164,60 @@ TEST(UtmatPolylines, ElevationFillRules) {
 }
 
 }  // namespace
+
+namespace {
+
+// Independent even-odd test on a closed ring (half-open in y), for points off the boundary.
+bool evenOddInside(const std::vector<Point2d>& ring, Point2d p) {
+    bool inside = false;
+    for (std::size_t i = 0, j = ring.size() - 1; i < ring.size(); j = i++) {
+        const Point2d a = ring[j], b = ring[i];
+        if ((a.y > p.y) != (b.y > p.y) && p.x < (b.x - a.x) * (p.y - a.y) / (b.y - a.y) + a.x) inside = !inside;
+    }
+    return inside;
+}
+
+}  // namespace
+
+TEST(UtmatPolylines, PointInContourAgreesWithEvenOddAndNamesBoundarySegments) {
+    std::mt19937 random(12);
+    std::uniform_real_distribution<double> radius(20.0, 50.0), coordinate(-60.0, 60.0);
+    std::vector<Point2d> ring;
+    for (int k = 0; k < 40; ++k) {
+        const double a = 2 * 3.14159265358979 * k / 40, r = radius(random);
+        ring.push_back({r * std::cos(a), r * std::sin(a)});
+    }
+    std::vector<Point2d> contour = ring;
+    contour.push_back(ring.front());  // the test does not close the contour itself
+    for (int trial = 0; trial < 3000; ++trial) {
+        const Point2d p{coordinate(random), coordinate(random)};
+        EXPECT_EQ(UTMAT_PointDansContour(&p, contour.data(), int(contour.size()), 1e-12),
+                  evenOddInside(ring, p) ? 1 : 2);
+    }
+    // On an edge: minus the end vertex of that edge; on a vertex: the first edge holding it.
+    const Point2d mid{(contour[5].x + contour[6].x) / 2, (contour[5].y + contour[6].y) / 2};
+    EXPECT_EQ(UTMAT_PointDansContour(&mid, contour.data(), int(contour.size()), 1e-9), -6);
+    // A square crossed by the ray exactly at its vertex (2, 0): counted once, inside.
+    const std::vector<Point2d> diamond = {{0, -2}, {2, 0}, {0, 2}, {-2, 0}, {0, -2}};
+    const Point2d centre{0, 0};
+    EXPECT_EQ(UTMAT_PointDansContour(&centre, diamond.data(), 5, 1e-12), 1);
+    // A ray touching a vertex without crossing: outside.
+    const std::vector<Point2d> tooth = {{0, 0}, {4, 2}, {8, 0}, {8, -4}, {0, -4}, {0, 0}};
+    const Point2d beside{-5, 2};
+    EXPECT_EQ(UTMAT_PointDansContour(&beside, tooth.data(), 6, 1e-12), 2);
+    // Point on segment and on polyline.
+    const Point2d a{0, 0}, b{10, 0}, beyond{12, 0}, on{4, 0};
+    EXPECT_EQ(UTMAT_ComparerPointASegment(&beyond, &a, &b, 1e-9), 0);
+    EXPECT_EQ(UTMAT_ComparerPointASegment(&on, &a, &b, 1e-9), 1);
+    int first = 0, second = 0;
+    const std::vector<Point2d> line = {{0, 0}, {10, 0}, {10, 10}};
+    const Point2d vertex{10, 0}, along{10, 4}, off{3, 3};
+    UTMAT_PointSurPolyligne(line.data(), 3, &vertex, 1e-9, &first, &second);
+    EXPECT_EQ(first, 1);
+    EXPECT_EQ(second, -1);
+    UTMAT_PointSurPolyligne(line.data(), 3, &along, 1e-9, &first, &second);
+    EXPECT_EQ(first, 1);
+    EXPECT_EQ(second, 2);
+    UTMAT_PointSurPolyligne(line.data(), 3, &off, 1e-9, &first, &second);
+    EXPECT_EQ(first, -1);
+}

@@ -441,6 +441,71 @@ void UTMAT_CalculerIntersectionPolylignePolyligne(
     if (failedStatus != 0 && !failed()) kb::utmat::raiseError();
 }
 
+int UTMAT_ComparerPointASegment(const Point2d* p, const Point2d* a, const Point2d* b, double tol) noexcept {
+    if (!kb::utmat::enter(p, a, b)) return 0;
+    if (UTMAT_PointsIdentiques(p, a, tol) || UTMAT_PointsIdentiques(p, b, tol)) return 1;
+    const Point2d ab = kb::utmat::difference(*a, *b);
+    if (kb::utmat::dot(ab, kb::utmat::difference(*a, *p)) <= 0.0) return 0;
+    if (kb::utmat::dot(ab, kb::utmat::difference(*p, *b)) <= 0.0) return 0;
+    UtDroite line;
+    UTMAT_CalculerDroite2Pt(a, b, &line);
+    if (failed()) return 0;
+    double offset = 0.0;
+    UTMAT_CalculerDeportPtDroite(&line, p, &offset);
+    return !failed() && UTMAT_Egal(offset, 0.0, tol) ? 1 : 0;
+}
+
+void UTMAT_PointSurPolyligne(const Point2d* polyline, int n, const Point2d* p, double tol, int* first,
+                             int* second) noexcept {
+    if (!kb::utmat::enter(p, first, second)) return;
+    *first = *second = -1;
+    if (polyline == nullptr) return;
+    for (int i = 0; i + 1 < n; ++i) {
+        if (UTMAT_PointsIdentiques(p, &polyline[i], tol)) {
+            *first = i;
+            return;
+        }
+        if (UTMAT_PointsIdentiques(p, &polyline[i + 1], tol)) {
+            *first = i + 1;
+            return;
+        }
+        if (UTMAT_ComparerPointASegment(p, &polyline[i], &polyline[i + 1], tol)) {
+            *first = i;
+            *second = i + 1;
+            return;
+        }
+    }
+}
+
+int UTMAT_PointDansContour(const Point2d* p, const Point2d* contour, int n, double tol) noexcept {
+    constexpr int kInside = 1;
+    constexpr int kOutside = 2;
+    if (!kb::utmat::enter(p)) return kOutside;
+    if (contour == nullptr || n < 2) return kOutside;
+    int crossings = 0;
+    for (int i = 0; i + 1 < n; ++i) {
+        const Point2d& a = contour[i];
+        const Point2d& b = contour[i + 1];
+        const bool bothLeft = UTMAT_Inf(a.x, p->x, tol) && UTMAT_Inf(b.x, p->x, tol);
+        const bool bothAbove = UTMAT_Sup(a.y, p->y, tol) && UTMAT_Sup(b.y, p->y, tol);
+        const bool bothBelow = UTMAT_Inf(a.y, p->y, tol) && UTMAT_Inf(b.y, p->y, tol);
+        if (bothLeft || bothAbove || bothBelow) continue;
+        if (UTMAT_ComparerPointASegment(p, &a, &b, tol)) return -(i + 1);
+        if (UTMAT_Egal(a.y, b.y, kb::utmat::calculationPrecision())) {
+            ++crossings;  // a level segment at the ray's height
+            continue;
+        }
+        // Half-open rule: an end exactly at the ray's height counts with the segment whose
+        // other end is strictly above, so a crossing vertex counts once.
+        const bool aAbove = a.y > p->y;
+        const bool bAbove = b.y > p->y;
+        if (aAbove == bAbove) continue;
+        const double x = (p->y - a.y) * (b.x - a.x) / (b.y - a.y) + a.x;
+        if (x > p->x) ++crossings;
+    }
+    return crossings % 2 == 1 ? kInside : kOutside;
+}
+
 void UTMAT_CalculerInterpolationCurviligneDuZ(Point3d* points, int n, const int32_t* known,
                                               int* status) noexcept {
     if (!kb::utmat::enter(status)) return;

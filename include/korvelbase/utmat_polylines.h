@@ -52,6 +52,31 @@ KB_API void UTMAT_CalculerIntersectionPolylignePolyligne(
     double* abscissae1, double* abscissae2, int* overlapFound, int* overlapCount,
     Point2d* overlapPoints, double* overlapAbscissae1, double* overlapAbscissae2) KB_NOEXCEPT;
 
+/**
+ * 1 when P lies on segment AB at the tolerance: P identical to A or B, or strictly between
+ * them along AB (AB.AP > 0 and AB.PB > 0, exact) with a distance from the line within tol.
+ * 0 otherwise (on the extension beyond B, for instance).
+ */
+KB_API int UTMAT_ComparerPointASegment(const Point2d* p, const Point2d* a, const Point2d* b,
+                                       double tol) KB_NOEXCEPT;
+/**
+ * Where P lies on a polyline: at vertex i (*first = i, *second = -1), on the segment from
+ * vertex i to i + 1 (*first = i, *second = i + 1), or nowhere (both -1).  The first hit in
+ * order wins.
+ */
+KB_API void UTMAT_PointSurPolyligne(const Point2d* polyline, int n, const Point2d* p, double tol,
+                                    int* first, int* second) KB_NOEXCEPT;
+/**
+ * Crossing-number test along a ray towards +x over the n - 1 segments between consecutive
+ * points (the contour is not closed here): 1 inside, 2 outside, -(i + 1) when P lies on
+ * segment i (named by its end vertex).  A segment with both ends left of, above or below P
+ * (at the tolerance) is skipped; a level segment not skipped counts once; a vertex at the
+ * ray's height counts for the segment that has its other end strictly above the ray only, so
+ * a contour crossing the ray at a vertex counts once and one touching it counts 0 or 2 times.
+ * Fewer than 2 points: 2.
+ */
+KB_API int UTMAT_PointDansContour(const Point2d* p, const Point2d* contour, int n, double tol) KB_NOEXCEPT;
+
 /** Elevation-fill statuses. */
 #define UTMAT_FILL_DONE 0
 #define UTMAT_FILL_TOO_FEW_POINTS 1
