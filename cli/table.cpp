@@ -38,24 +38,24 @@ double parseNumber(const char* text, const std::string& where, const std::string
 }
 
 template <unsigned N, std::size_t... I>
-Table readWith(Reader<N>& reader, const std::string& path, const std::vector<ColumnSpec>& specs,
+Table readWith(Reader<N>& reader, const std::string& path, const std::vector<ColumnRule>& rules,
                std::index_sequence<I...>) {
     Table table;
     table.source = path;
-    for (const ColumnSpec& spec : specs) table.names.push_back(spec.name);
+    for (const ColumnRule& rule : rules) table.names.push_back(rule.name);
     table.columns.resize(N);
     table.texts.resize(N);
     try {
         reader.read_header(io::ignore_extra_column | io::ignore_missing_column,
-                           specs[I].name...);
+                           rules[I].name...);
     } catch (const io::error::base& error) {
         throw InputError(path + ": " + error.what());
     }
-    for (const ColumnSpec& spec : specs) {
-        const bool present = reader.has_column(spec.name);
+    for (const ColumnRule& rule : rules) {
+        const bool present = reader.has_column(rule.name);
         table.present.push_back(present);
-        if (spec.required && !present) {
-            throw InputError(path + ": missing column '" + spec.name + "'");
+        if (rule.required && !present) {
+            throw InputError(path + ": missing column '" + rule.name + "'");
         }
     }
     std::array<char*, N> cells{};
@@ -70,14 +70,14 @@ Table readWith(Reader<N>& reader, const std::string& path, const std::vector<Col
         if (!more) break;
         const std::string where = path + ":" + std::to_string(reader.get_file_line());
         for (std::size_t c = 0; c < N; ++c) {
-            const ColumnSpec& spec = specs[c];
+            const ColumnRule& rule = rules[c];
             const bool empty = cells[c] == nullptr || cells[c][0] == '\0';
-            if (empty && spec.required) throw InputError(where + ": " + spec.name + " is missing");
-            if (spec.text) {
+            if (empty && rule.required) throw InputError(where + ": " + rule.name + " is missing");
+            if (rule.text) {
                 table.texts[c].emplace_back(empty ? "" : cells[c]);
             } else {
-                table.columns[c].push_back(empty ? spec.fallback
-                                                 : parseNumber(cells[c], where, spec.name));
+                table.columns[c].push_back(empty ? rule.fallback
+                                                 : parseNumber(cells[c], where, rule.name));
             }
         }
         table.lines.push_back(reader.get_file_line());
@@ -87,15 +87,15 @@ Table readWith(Reader<N>& reader, const std::string& path, const std::vector<Col
 }
 
 template <unsigned N>
-Table readN(const std::string& path, const std::vector<ColumnSpec>& specs) {
+Table readN(const std::string& path, const std::vector<ColumnRule>& rules) {
     if (path == "-") {
         Reader<N> reader("-", stdin);
-        return readWith<N>(reader, "-", specs, std::make_index_sequence<N>{});
+        return readWith<N>(reader, "-", rules, std::make_index_sequence<N>{});
     }
     std::FILE* file = std::fopen(path.c_str(), "rb");
     if (file == nullptr) throw InputError(path + ": cannot open the file");
     Reader<N> reader(path, file);  // the reader closes the file
-    return readWith<N>(reader, path, specs, std::make_index_sequence<N>{});
+    return readWith<N>(reader, path, rules, std::make_index_sequence<N>{});
 }
 
 }  // namespace
@@ -125,7 +125,7 @@ std::string Table::where(std::size_t record) const {
     return source + ":" + std::to_string(lines.at(record));
 }
 
-Table readTable(const std::string& path, const std::vector<ColumnSpec>& columns) {
+Table readTable(const std::string& path, const std::vector<ColumnRule>& columns) {
     try {
         switch (columns.size()) {
             case 1: return readN<1>(path, columns);

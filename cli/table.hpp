@@ -13,7 +13,7 @@
 
 namespace korvel {
 
-struct ColumnSpec {
+struct ColumnRule {
     std::string name;
     bool required = true;
     double fallback = 0.0;  // value of an optional column that is absent or empty
@@ -38,7 +38,7 @@ public:
 };
 
 // Reads the named columns (at most six) of a table.  Throws InputError.
-Table readTable(const std::string& path, const std::vector<ColumnSpec>& columns);
+Table readTable(const std::string& path, const std::vector<ColumnRule>& columns);
 
 // Throws InputError unless the column increases strictly from record to record.
 void requireIncreasing(const Table& table, const std::string& name);

@@ -156,6 +156,11 @@ TEST(PointConversion, ArraysRoundTripAndDropOrZeroTheElevation) {
     EXPECT_EQ(qmMem_free(spatial), 0);
     EXPECT_EQ(qmMem_free(flat), 0);
     EXPECT_EQ(ConvertArray23(plan, 0), nullptr);
+    Point3d one{0.0, 0.0, 7.0};
+    ConvertPoint23(&plan[2], &one);
+    Point2d onePlan{};
+    ConvertPoint32(&one, &onePlan);
+    EXPECT_TRUE(one.z == 0.0 && onePlan.x == 5.0 && onePlan.y == 6.0);
 }
 
 }  // namespace

@@ -101,6 +101,46 @@ TEST(PointArrayPolygon, AreaDirectionAndCentroidFollowTheRingSense) {
     EXPECT_EQ(0.0, c.x);
 }
 
+TEST(PointBasics, RectangleRingMeasuresCopiesAndComparisons) {
+    const Point3d a{2.0, 1.0, 10.0}, b{5.0, 5.0, 20.0};
+    Ring box(5);
+    ASSERT_EQ(qmPointArray_blockPointsFromDiagonal(box.data(), &a, &b), 0);
+    EXPECT_EQ(qmPointArray_isClosed(box.data(), 5, 0.0), 1);
+    double area = 0.0;
+    qmPointArray_computeSimplePolygonArea2d(box.data(), 5, &area);
+    EXPECT_DOUBLE_EQ(area, 3.0 * 4.0);
+    EXPECT_DOUBLE_EQ(qmPoint_distance2d(&a, &b), 5.0);  // the diagonal of a 3-4 rectangle
+    EXPECT_DOUBLE_EQ(qmPoint_distance3d(&a, &b), std::sqrt(125.0));
+    EXPECT_DOUBLE_EQ(qmPoint_direction2d(&box[0], &box[1]), 0.0);  // east along the first side
+    EXPECT_DOUBLE_EQ(qmPoint_direction2d(&box[1], &box[0]), kPi);
+    for (int i = 0; i < 4; ++i) {  // each corner is a right angle
+        const Point3d &p = box[i], &q = box[i + 1], &r = box[(i + 2) % 4];
+        EXPECT_EQ((q.x - p.x) * (r.x - q.x) + (q.y - p.y) * (r.y - q.y), 0.0);
+    }
+    double x = 0.0, y = 0.0;
+    qmPoint_getCoordsFromPointArray(&x, &y, box.data(), 2);
+    EXPECT_TRUE(x == b.x && y == b.y);
+    qmPointArray_getCoordsByIndex2d(box.data(), &x, &y, 3);
+    EXPECT_TRUE(x == a.x && y == b.y);
+
+    // Overlapping copy shifts the ring by one record, as a move would.
+    Ring shifted = box;
+    ASSERT_EQ(qmPointArray_copy(shifted.data() + 1, 4, shifted.data()), 0);
+    EXPECT_EQ(qmPoint_equal3d(&shifted[1], &box[0]), 1);
+    EXPECT_EQ(qmPoint_equal3d(&shifted[4], &box[3]), 1);
+    EXPECT_EQ(qmPointArray_isClosed(shifted.data(), 5, 0.0), 0);
+    ASSERT_EQ(qmPoint_copyMultiple(shifted.data(), box.data(), 5), 0);
+    qmPointArray_setZ(shifted.data(), 5, -1.0);
+    EXPECT_EQ(qmPoint_equal2d(&shifted[3], &box[3]), 1);  // plan equal, heights differ
+    EXPECT_EQ(qmPoint_equal3d(&shifted[3], &box[3]), 0);
+    Point3d scratch = b;
+    ASSERT_EQ(qmPoint_copy(&scratch, &shifted[2]), 0);
+    EXPECT_EQ(scratch.z, -1.0);
+    EXPECT_EQ(qmPoint_clear(&scratch), 0);
+    EXPECT_TRUE(scratch.x == 0.0 && scratch.y == 0.0 && scratch.z == 0.0);
+    EXPECT_EQ(qmPoint_clear(nullptr), ERR_FAILURE);
+}
+
 TEST(PointArrayContainment, AgreesWithIndependentEvenOddTestIncludingVerticesAndEdges) {
     std::mt19937 rng(7);
     for (int trial = 0; trial < 40; ++trial) {

@@ -101,6 +101,10 @@ TEST(QmMathScalars, OrderingSignDivisionFactorialsAndVectors) {
     EXPECT_EQ(qmMath_interpolateDoubles(0, 10, 15, 10, 20), 25.0);  // extrapolates
     EXPECT_EQ(qmMath_interpolateDoubles(3, 10, 5, 3, 20), 10.0);    // x1 = x0
     EXPECT_EQ(qmMath_distance3d(1, 1, 1, 3, 4, 7), 7.0);
+    // (a x b)^2 + (a . b)^2 = |a|^2 |b|^2, and the sign of a x b is the turn from a to b.
+    const double cross = qmMath_crossProduct2d(3, 1, -1, 2), dot = qmMath_scalarProduct2d(3, 1, -1, 2);
+    EXPECT_EQ(cross * cross + dot * dot, 10.0 * 5.0);
+    EXPECT_GT(cross, 0.0);
     double x = 3, y = -4, z = 12;
     EXPECT_EQ(qmMath_normalizeVector3d(&x, &y, &z), 0);
     EXPECT_DOUBLE_EQ(z * 13.0, 12.0);

@@ -101,6 +101,9 @@ TEST(UtmatClothoid, StatedValuesMirroringOffsetsAndFailures) {
     UTMAT_SetVelmoranSpiralFormula();
     EXPECT_EQ(vmrUtmat_CalculateSpiralPointAtDistance(60.0, 45.0, 0.0, &point, &tangent), 0u);
     EXPECT_EQ(point.x, px);
+    Point2d again, againTangent;
+    EXPECT_EQ(UTMAT_CalculerPosPointArcClotAbscisse(60.0, 45.0, 0.0, &again, &againTangent), &againTangent);
+    EXPECT_TRUE(again.x == point.x && again.y == point.y && againTangent.x == tangent.x);
     EXPECT_EQ(vmrUtmat_CalculateSpiralPointAtDistance(0.0, 45.0, 0.0, &point, &tangent), uint32_t{ERR_FAILURE});
 }
 

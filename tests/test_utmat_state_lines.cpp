@@ -79,6 +79,23 @@ TEST(UtmatVectors, ProductsNormsAndSpaceLineDistance) {
     double dist = 0.0;
     UTMAT_CalculerDeportPtDroite3d(&line, &q, &dist);
     EXPECT_DOUBLE_EQ(dist, 5.0);
+
+    // p0 + (p1 - p0) = p1, its norm is the distance, and the line through p0 and p1 gives a
+    // point to its right a positive signed distance equal to the perpendicular offset.
+    const Point2d p0{1.0, 1.0}, p1{4.0, 5.0};
+    Point2d step{}, back{};
+    UTMAT_CalculerVecteur(&p0, &p1, &step);
+    UTMAT_CalculerSommeV1V2(&p0, &step, &back);
+    EXPECT_TRUE(back.x == p1.x && back.y == p1.y);
+    EXPECT_DOUBLE_EQ(UTMAT_CalculerDistance2Pt(&p0, &p1), 5.0);
+    UtDroite chord{};
+    UTMAT_CalculerDroite2Pt(&p0, &p1, &chord);
+    const Point2d right{p0.x + 0.8 * 2.0, p0.y - 0.6 * 2.0};  // 2 along the right-hand normal
+    EXPECT_NEAR(UTMAT_CalculerPuissancePtDroite(&chord, &right), 2.0, 1e-14);
+    Point3d rise{};
+    UTMAT_CalculerVecteur3d(&a3, &q, &rise);
+    EXPECT_DOUBLE_EQ(UTMAT_CalculerDistance2Pt3d(&a3, &q), UTMAT_CalculerNormeVecteur3d(&rise));
+    EXPECT_DOUBLE_EQ(UTMAT_CalculerDistance2Pt3d(&a3, &q), std::sqrt(9.0 + 16.0 + 53.0 * 53.0));
 }
 
 TEST(UtmatLines, ConstructionsKeepPointsOnLinesAndRightHandSidePositive) {
