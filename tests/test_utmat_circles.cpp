@@ -534,10 +534,18 @@ TEST(UtmatLaguerre, FindsRealRootsThatMakeThePolynomialVanish) {
         ASSERT_TRUE(laguerre(c, rnd(-60, 60), root));
         EXPECT_LE(std::fabs(evaluate(c, root)), 1e-11 * evaluationScale(c, root));
     }
+    // Multiple roots converge slowly and come out complex-looking; they are still found.
+    for (const auto& c : {fromRoots({1, 1, 1}), fromRoots({2, 2, -3}), fromRoots({0.5, 0.5, 0.5, 0.5})}) {
+        for (double start : {-7.0, 0.0, 0.9, 6.0}) {
+            ASSERT_TRUE(laguerre(c, start, root)) << start;
+            EXPECT_LE(std::fabs(evaluate(c, root)), 1e-12 * evaluationScale(c, root));
+        }
+    }
     // Without real roots, constants, and refusals.
     EXPECT_FALSE(laguerre({1, 0, 1}, 0.3, root));
     EXPECT_FALSE(laguerre({1, 0, 2, 0, 1}, -2.0, root));  // (x^2+1)^2
     EXPECT_EQ(errorWord(), 0u);
+    EXPECT_FALSE(laguerre({-6, 11, -6, 1}, 1e300, root));  // the cubic overflows at the start
     EXPECT_FALSE(laguerre({5}, 0.0, root));
     EXPECT_FALSE(laguerre({0, 0, 0}, 0.0, root));
     EXPECT_EQ(errorWord(), 0u);
@@ -549,4 +557,47 @@ TEST(UtmatLaguerre, FindsRealRootsThatMakeThePolynomialVanish) {
     int found = 3;
     UTMAT_CalculerRacinePolynomeLaguerre(nullptr, 2, 0.0, &root, &found);
     EXPECT_TRUE(found == 3 && errorWord() == kFailure);
+}
+
+TEST(UtmatCirclesRobustness, SpecialValuesGiveAStatusNeverACrash) {
+    const double values[] = {0.0, -0.0, 1.0, -2.5, 1e-300, 1e300, -1e300, INFINITY, -INFINITY, std::nan("")};
+    const int n = static_cast<int>(sizeof values / sizeof values[0]);
+    for (int i = 0; i < n * n * n; ++i) {
+        const double u = values[i % n], v = values[(i / n) % n], w = values[i / (n * n)];
+        const Point2d a{u, v}, b{v, w}, c{w, u};
+        const UtDroite d{u, v, w};
+        Point2d p{}, pts[2] = {};
+        double r = 0.0;
+        int found = -1, count = -1;
+        UTMAT_CalculerCerPs3Pt(&a, &b, &c, &p, &r, &found);
+        EXPECT_TRUE(found == 0 || found == 1);
+        UTMAT_CalculerArcParPs3Pt(&a, &b, &c, &p, &r, &found);
+        EXPECT_TRUE(found == 0 || found == 1);
+        UTMAT_CalculerArcParPs2PtRayon(&a, &b, w, &p, &found);
+        UTMAT_CalculerArcParPs1PtSommet(&a, &b, &r, &found);
+        // The tangency constructions report only finite results.
+        UTMAT_CalculerArcParTg1DteSommet(&d, &a, &r, &p, &found);
+        EXPECT_TRUE(found == 0 || (std::isfinite(r) && std::isfinite(p.x) && std::isfinite(p.y)));
+        UTMAT_CalculerArcParTg2DteRayon(&d, &d, u, &p, pts, &found);
+        EXPECT_EQ(found, 0);  // a line with itself: parallel grades, or a failure
+        UTMAT_CalculerArcParTg1ArcParSommet(&a, w, &b, &r, &p, &found);
+        EXPECT_TRUE(found == 0 || (std::isfinite(r) && std::isfinite(p.x) && std::isfinite(p.y)));
+        UtDroite line{};
+        UTMAT_CalculerDroiteTg1ArcParPente(&a, v, w, &line, &p, &found);
+        EXPECT_TRUE(found == 0 || (std::isfinite(line.a) && std::isfinite(p.y)));
+        UTMAT_CalculerIntersectionDroiteCercle(&d, &a, w, pts, &count);
+        EXPECT_TRUE(count >= 0 && count <= 2);
+        UTMAT_CalculerIntersection2Cercle(&a, u, &b, w, pts, &count);
+        EXPECT_TRUE(count >= 0 && count <= 2);
+        const double t = UTMAT_CalculerAngleRayonPtCentre(&a, &b);
+        EXPECT_TRUE(std::isnan(t) || (t >= 0.0 && t < 2 * kPi));
+        double s[2], sw[2];
+        UTMAT_CalculerProduitSecteur(u, v, w, u, s, sw, &count);
+        EXPECT_TRUE(count >= 0 && count <= 2);
+        UTMAT_CalculerSommeSecteur(u, v, w, u, s, sw, &count);
+        EXPECT_TRUE(count >= 0 && count <= 2);
+        const double coefficients[4] = {u, v, w, 1.0};
+        UTMAT_CalculerRacinePolynomeLaguerre(coefficients, 3, v, &r, &found);
+        EXPECT_TRUE(found == 0 || std::isfinite(r));
+    }
 }

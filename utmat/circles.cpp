@@ -132,6 +132,7 @@ bool laguerre(const Polynomial& p, Complex& x) noexcept {
             b = x * b + p.c[j];
             bound = std::abs(b) + magnitude * bound;
         }
+        if (!std::isfinite(bound)) return false;  // the polynomial overflows at x
         if (std::abs(b) <= bound * kMachineEpsilon) return true;
         const Complex g = d / b;
         const Complex g2 = g * g;
@@ -207,7 +208,8 @@ bool findRealRoot(const Polynomial& original, double start, double& root) noexce
         if (!laguerre(p, z)) return false;
         if (isReal(z)) {
             root = polishRealRoot(original, z.real());
-            return std::isfinite(root);
+            double slope = 0.0;
+            return std::isfinite(valueAt(original, root, &slope));
         }
         if (p.degree < 2) return false;
         deflateByQuadratic(p, -2.0 * z.real(), std::norm(z));

@@ -199,7 +199,8 @@ KB_API void UTMAT_CalculerIntersection2Cercle(const Point2d* centre1, double rad
 
 /**
  * Direction of the radius from the centre C to the point P, in [0, 2*pi):
- * atan2(Py - Cy, Px - Cx) brought into that range.  P exactly at C: ERR_FAILURE, 0.0.
+ * atan2(Py - Cy, Px - Cx) brought into that range.  P exactly at C: ERR_FAILURE, 0.0.  A NaN
+ * coordinate gives NaN.
  */
 KB_API double UTMAT_CalculerAngleRayonPtCentre(const Point2d* p, const Point2d* centre) KB_NOEXCEPT;
 
@@ -216,8 +217,8 @@ KB_API double UTMAT_CalculerAngleRayonPtCentre(const Point2d* p, const Point2d* 
  * 1e-7 * max(1, |real part|)) is divided out with its conjugate and the search restarts on the
  * quotient, so at most (degree/2 + 1) * 80 steps in all.  A real root is polished by up to 8
  * Newton steps on the original polynomial.  *found = 1 and *root when a real root is found;
- * found = 0 for a constant (or zero) polynomial, a polynomial without real roots, or no
- * convergence.  ERR_FAILURE for a degree below 0 or above UTMAT_LAGUERRE_MAX_DEGREE, or a
+ * found = 0 for a constant (or zero) polynomial, a polynomial without real roots, a start
+ * so far out that the polynomial overflows there, or no convergence.  ERR_FAILURE for a degree below 0 or above UTMAT_LAGUERRE_MAX_DEGREE, or a
  * non-finite coefficient or start.
  */
 KB_API void UTMAT_CalculerRacinePolynomeLaguerre(const double* coefficients, int degree,
