@@ -26,11 +26,7 @@ double clampSweep(double sweep, double most) noexcept {
     return sweep < most ? sweep : most;
 }
 
-Sector sectorFrom(double start, double sweep) noexcept {
-    double canonicalStart = kb::normalizeAngle(start);
-    if (canonicalStart >= dc_2pi) canonicalStart = 0.0;  // -tiny rounds up to a full turn
-    return {canonicalStart, sweep};
-}
+Sector sectorFrom(double start, double sweep) noexcept { return {canonicalDirection(start), sweep}; }
 
 bool isFullTurn(const Sector& s) noexcept { return s.sweep >= dc_2pi; }
 
@@ -73,6 +69,25 @@ void storeRelation(int* relation, int value) noexcept {
 }  // namespace
 
 bool toleranceUsable(double tol) noexcept { return std::isfinite(tol); }
+
+double canonicalDirection(double angle) noexcept {
+    const double direction = kb::normalizeAngle(angle);
+    return direction >= dc_2pi ? 0.0 : direction;  // -tiny rounds up to a full turn
+}
+
+bool makeTwoSectors(double start1, double sweep1, double start2, double sweep2, double tol,
+                    Sector& a, Sector& b) noexcept {
+    return toleranceUsable(tol) && makeSector(start1, sweep1, tol, a) &&
+           makeSector(start2, sweep2, tol, b);
+}
+
+void storePair(const SectorPair& pair, double* starts, double* sweeps, int* count) noexcept {
+    *count = pair.count;
+    for (int k = 0; k < pair.count; ++k) {
+        starts[k] = pair.items[k].start;
+        sweeps[k] = pair.items[k].sweep;
+    }
+}
 
 bool makeSector(double start, double sweep, double tol, Sector& out) noexcept {
     if (!std::isfinite(start) || !std::isfinite(sweep)) return false;
@@ -146,7 +161,6 @@ SectorPair sum(const Sector& a, const Sector& b, double tol, int* relation) noex
 namespace {
 
 using kb::sectors::Sector;
-using kb::sectors::SectorPair;
 
 // The axis directions east, north, west, south (k quarter turns), where a circle reaches its
 // extreme x or y, and their unit vectors.
@@ -154,33 +168,17 @@ constexpr int kAxisDirections = 4;
 constexpr double kAxisX[kAxisDirections] = {1.0, 0.0, -1.0, 0.0};
 constexpr double kAxisY[kAxisDirections] = {0.0, 1.0, 0.0, -1.0};
 
-// Writes a product or sum into the caller's arrays of capacity two.
-void storePair(const SectorPair& pair, double* starts, double* sweeps, int* count) noexcept {
-    *count = pair.count;
-    for (int k = 0; k < pair.count; ++k) {
-        starts[k] = pair.items[k].start;
-        sweeps[k] = pair.items[k].sweep;
-    }
-}
-
-// Both input sectors in canonical form; false for a non-finite value or tolerance.
-bool makeTwoSectors(double start1, double sweep1, double start2, double sweep2, double tol,
-                    Sector& a, Sector& b) noexcept {
-    return kb::sectors::toleranceUsable(tol) && kb::sectors::makeSector(start1, sweep1, tol, a) &&
-           kb::sectors::makeSector(start2, sweep2, tol, b);
-}
-
-using SectorOperation = SectorPair (*)(const Sector&, const Sector&, double, int*) noexcept;
-
-int combineSectors(SectorOperation operation, double* starts, double* sweeps, int* count,
+int combineSectors(kb::sectors::Operation operation, double* starts, double* sweeps, int* count,
                    int* relation, double start1, double sweep1, double start2, double sweep2,
                    double tol) noexcept {
     if (count == nullptr) return ERR_FAILURE;
     *count = 0;
     if (starts == nullptr || sweeps == nullptr) return ERR_FAILURE;
     Sector a{}, b{};
-    if (!makeTwoSectors(start1, sweep1, start2, sweep2, tol, a, b)) return ERR_FAILURE;
-    storePair(operation(a, b, tol, relation), starts, sweeps, count);
+    if (!kb::sectors::makeTwoSectors(start1, sweep1, start2, sweep2, tol, a, b)) {
+        return ERR_FAILURE;
+    }
+    kb::sectors::storePair(operation(a, b, tol, relation), starts, sweeps, count);
     return 0;
 }
 

@@ -50,6 +50,10 @@ struct SectorPair {
 // A usable tolerance: finite, taken by magnitude.  False for NaN or infinity.
 bool toleranceUsable(double tol) noexcept;
 
+// A direction brought into [0, 2*pi): normalised, and a value that rounds up to a full turn
+// (a tiny negative angle) taken as 0.
+double canonicalDirection(double angle) noexcept;
+
 // The canonical form of the sector (start, signed sweep): a negative sweep is turned into the
 // counter-clockwise sector that ends at the given start; a sweep within tol of a full turn or
 // beyond becomes exactly 2*pi.  False, out untouched, when start or sweep is not finite.
@@ -74,6 +78,17 @@ SectorPair product(const Sector& a, const Sector& b, double tol, int* relation) 
 // The union of two canonical sectors: two sectors (a then b) when disjoint, otherwise one
 // (the full turn, starting at a's start, in case 6).  relation as above.
 SectorPair sum(const Sector& a, const Sector& b, double tol, int* relation) noexcept;
+
+// product or sum, as the exported members take them.
+using Operation = SectorPair (*)(const Sector&, const Sector&, double, int*) noexcept;
+
+// Both sectors of an exported call in canonical form; false for a non-finite value or
+// tolerance.
+bool makeTwoSectors(double start1, double sweep1, double start2, double sweep2, double tol,
+                    Sector& a, Sector& b) noexcept;
+
+// Writes a result into the caller's arrays of capacity kMaxResultSectors and its count.
+void storePair(const SectorPair& pair, double* starts, double* sweeps, int* count) noexcept;
 
 }  // namespace kb::sectors
 

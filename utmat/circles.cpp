@@ -16,15 +16,12 @@
 #include <cmath>
 #include <complex>
 
-#include "base/angles.hpp"
 #include "geometry/sectors.hpp"
 #include "korvelbase/compare.h"
-#include "korvelbase/constants.h"
 #include "korvelbase/qmmath.h"
 #include "korvelbase/utmat.h"
 #include "korvelbase/utmat_circles.h"
 #include "utmat/kernel_state.hpp"
-#include "utmat/vector_math.hpp"
 
 namespace {
 
@@ -220,38 +217,26 @@ bool findRealRoot(const Polynomial& original, double start, double& root) noexce
 // ---- sectors --------------------------------------------------------------------------------
 
 using kb::sectors::Sector;
-using kb::sectors::SectorPair;
 
 // Both sectors in canonical form at the calculation precision; false (error raised) for a
 // non-finite value.
 bool kernelSectors(double start1, double sweep1, double start2, double sweep2, Sector& a,
                    Sector& b) noexcept {
-    const double tol = calculationPrecision();
-    if (kb::sectors::toleranceUsable(tol) && kb::sectors::makeSector(start1, sweep1, tol, a) &&
-        kb::sectors::makeSector(start2, sweep2, tol, b)) {
+    if (kb::sectors::makeTwoSectors(start1, sweep1, start2, sweep2, calculationPrecision(), a, b)) {
         return true;
     }
     raiseError();
     return false;
 }
 
-void writeSectors(const SectorPair& pair, double* starts, double* sweeps, int* count) noexcept {
-    *count = pair.count;
-    for (int k = 0; k < pair.count; ++k) {
-        starts[k] = pair.items[k].start;
-        sweeps[k] = pair.items[k].sweep;
-    }
-}
-
-using SectorOperation = SectorPair (*)(const Sector&, const Sector&, double, int*) noexcept;
-
-void combineKernelSectors(SectorOperation operation, double start1, double sweep1, double start2,
-                          double sweep2, double* starts, double* sweeps, int* count) noexcept {
+void combineKernelSectors(kb::sectors::Operation operation, double start1, double sweep1,
+                          double start2, double sweep2, double* starts, double* sweeps,
+                          int* count) noexcept {
     if (!kb::utmat::enter(starts, sweeps, count)) return;
     *count = 0;
     Sector a{}, b{};
     if (!kernelSectors(start1, sweep1, start2, sweep2, a, b)) return;
-    writeSectors(operation(a, b, calculationPrecision(), nullptr), starts, sweeps, count);
+    kb::sectors::storePair(operation(a, b, calculationPrecision(), nullptr), starts, sweeps, count);
 }
 
 // ---- intersections --------------------------------------------------------------------------
@@ -523,8 +508,7 @@ double UTMAT_CalculerAngleRayonPtCentre(const Point2d* p, const Point2d* centre)
         raiseError();  // no radius: the point is the centre
         return 0.0;
     }
-    const double direction = kb::normalizeAngle(std::atan2(dy, dx));
-    return direction >= dc_2pi ? 0.0 : direction;  // -tiny rounds up to a full turn
+    return kb::sectors::canonicalDirection(std::atan2(dy, dx));
 }
 
 // ---- polynomial root ------------------------------------------------------------------------
