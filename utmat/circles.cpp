@@ -15,6 +15,7 @@
 // error word is not cleared part-way through an operation).
 #include <cmath>
 #include <complex>
+#include <limits>
 
 #include "geometry/sectors.hpp"
 #include "korvelbase/compare.h"
@@ -31,11 +32,11 @@ using kb::utmat::raiseError;
 
 // ---- tolerant tests and small helpers -------------------------------------------------------
 
-bool nearZero(double v) noexcept { return qmMath_doublesNearEqual(v, 0.0, calculationPrecision()) != 0; }
-
 bool nearEqual(double a, double b) noexcept {
     return qmMath_doublesNearEqual(a, b, calculationPrecision()) != 0;
 }
+
+bool nearZero(double v) noexcept { return nearEqual(v, 0.0); }
 
 bool divisible(double numerator, double denominator) noexcept {
     return qmMath_isDivisionPossible(numerator, denominator) != 0;
@@ -102,7 +103,7 @@ constexpr int kStepsPerCycle = 10;
 constexpr int kLaguerreCycles = 8;
 constexpr double kCycleBreakingFractions[kLaguerreCycles] = {0.5, 0.25, 0.75, 0.13,
                                                              0.38, 0.62, 0.88, 1.0};
-constexpr double kMachineEpsilon = 2.220446049250313e-16;
+constexpr double kMachineEpsilon = std::numeric_limits<double>::epsilon();
 // A converged root is real when its imaginary part is below this fraction of max(1, |real|).
 constexpr double kRealRootImaginaryFraction = 1e-7;
 // Newton steps that polish a real root on the undeflated polynomial.
