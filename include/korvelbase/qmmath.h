@@ -325,15 +325,6 @@ KB_API int qmMath_parabolaTangentsToPoint(double* x1, double* y1, double* x2, do
                                           double y0, double px, double py) KB_NOEXCEPT;
 
 /**
- * Length of the symmetric parabolic vertical curve that joins the tangents A->V and V->B (V
- * the vertex) and passes through P.  Each point is a (level, chainage) pair: k1 = (q1 - a1)/
- * (q2 - a2) and k2 = (q1 - b1)/(q2 - b2) are the grades.  With e = p2 - q2, the half length l
- * solves l^2 + (2e - 4(p1 - q1 - k1*e)/(k2 - k1))*l + e^2 = 0; the larger non-negative root
- * is kept and *length = 2*l.  *length is 0 when a tangent is vertical (no chainage change),
- * the grades are equal or exactly opposite (k1 = -k2), or no root is non-negative.
- * ERR_FAILURE only when length is null; otherwise 0.
- */
-/**
  * Radius of the circular curve that joins the tangents A->V and V->B (V their intersection
  * point, the curve's PI) and passes through P: the circle tangent to both lines whose centre
  * lies on the bisector of the angle at V, with P on the arc between the two tangency points.
@@ -345,6 +336,15 @@ KB_API int qmMath_passTangentCurveThruPoint(double* radius, double a1, double a2
                                             double b2, double q1, double q2, double p1,
                                             double p2) KB_NOEXCEPT;
 
+/**
+ * Length of the symmetric parabolic vertical curve that joins the tangents A->V and V->B (V
+ * the vertex) and passes through P.  Each point is a (level, chainage) pair: k1 = (q1 - a1)/
+ * (q2 - a2) and k2 = (q1 - b1)/(q2 - b2) are the grades.  With e = p2 - q2, the half length l
+ * solves l^2 + (2e - 4(p1 - q1 - k1*e)/(k2 - k1))*l + e^2 = 0; the larger non-negative root
+ * is kept and *length = 2*l.  *length is 0 when a tangent is vertical (no chainage change),
+ * the grades are equal or exactly opposite (k1 = -k2), or no root is non-negative.
+ * ERR_FAILURE only when length is null; otherwise 0.
+ */
 KB_API int qmMath_passTangentParabolaThruPoint(double* length, double a1, double a2, double b1,
                                                double b2, double q1, double q2, double p1,
                                                double p2) KB_NOEXCEPT;
