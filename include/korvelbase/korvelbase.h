@@ -16,6 +16,7 @@
 #include "korvelbase/utmat_polylines.h"
 #include "korvelbase/utmat_clothoid.h"
 #include "korvelbase/utmat_profiles.h"
+#include "korvelbase/utmat_circles.h"
 #include "korvelbase/utmat_tangency.h"
 #include "korvelbase/bestfit_transform.h"
 #include "korvelbase/bestfit_vertical.h"

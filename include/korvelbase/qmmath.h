@@ -325,15 +325,6 @@ KB_API int qmMath_parabolaTangentsToPoint(double* x1, double* y1, double* x2, do
                                           double y0, double px, double py) KB_NOEXCEPT;
 
 /**
- * Length of the symmetric parabolic vertical curve that joins the tangents A->V and V->B (V
- * the vertex) and passes through P.  Each point is a (level, chainage) pair: k1 = (q1 - a1)/
- * (q2 - a2) and k2 = (q1 - b1)/(q2 - b2) are the grades.  With e = p2 - q2, the half length l
- * solves l^2 + (2e - 4(p1 - q1 - k1*e)/(k2 - k1))*l + e^2 = 0; the larger non-negative root
- * is kept and *length = 2*l.  *length is 0 when a tangent is vertical (no chainage change),
- * the grades are equal or exactly opposite (k1 = -k2), or no root is non-negative.
- * ERR_FAILURE only when length is null; otherwise 0.
- */
-/**
  * Radius of the circular curve that joins the tangents A->V and V->B (V their intersection
  * point, the curve's PI) and passes through P: the circle tangent to both lines whose centre
  * lies on the bisector of the angle at V, with P on the arc between the two tangency points.
@@ -345,6 +336,15 @@ KB_API int qmMath_passTangentCurveThruPoint(double* radius, double a1, double a2
                                             double b2, double q1, double q2, double p1,
                                             double p2) KB_NOEXCEPT;
 
+/**
+ * Length of the symmetric parabolic vertical curve that joins the tangents A->V and V->B (V
+ * the vertex) and passes through P.  Each point is a (level, chainage) pair: k1 = (q1 - a1)/
+ * (q2 - a2) and k2 = (q1 - b1)/(q2 - b2) are the grades.  With e = p2 - q2, the half length l
+ * solves l^2 + (2e - 4(p1 - q1 - k1*e)/(k2 - k1))*l + e^2 = 0; the larger non-negative root
+ * is kept and *length = 2*l.  *length is 0 when a tangent is vertical (no chainage change),
+ * the grades are equal or exactly opposite (k1 = -k2), or no root is non-negative.
+ * ERR_FAILURE only when length is null; otherwise 0.
+ */
 KB_API int qmMath_passTangentParabolaThruPoint(double* length, double a1, double a2, double b1,
                                                double b2, double q1, double q2, double p1,
                                                double p2) KB_NOEXCEPT;
@@ -357,6 +357,81 @@ KB_API int qmMath_passTangentParabolaThruPoint(double* length, double a1, double
  */
 KB_API double qmMath_spiralLength(double azimuth1, double azimuth2, double r1,
                                   double r2) KB_NOEXCEPT;
+
+/* ---------------------------------------------------------------------------------------- */
+/* Angular sectors and arcs                                                                 */
+/* ---------------------------------------------------------------------------------------- */
+
+/*
+ * An angular sector is the closed set of directions swept from a start direction through a
+ * sweep, both in radians: a positive sweep turns counter-clockwise, a negative one clockwise
+ * (the sector (t, -s) is the sector (t - s, s)).  A sweep of a full turn or more, or within
+ * tol of it, is the whole circle.  Results are always given counter-clockwise: a start in
+ * [0, 2*pi) and a sweep in [0, 2*pi].  Directions are compared absolutely and inclusively at
+ * the tolerance tol (radians, taken by magnitude): sectors whose edges meet within tol share
+ * that edge, so their union is one sector and their intersection the zero-sweep sector at
+ * the common direction.  A NaN or infinite start, sweep, direction or tolerance gives
+ * ERR_FAILURE.
+ *
+ * The relation of a second sector B to a first sector A (the same six cases as the kernel's
+ * UTMAT_Classer2Secteurs):
+ */
+#define QMMATH_SECTORS_DISJOINT 1              /* no common direction                       */
+#define QMMATH_SECTORS_FIRST_CONTAINS_SECOND 2 /* B inside A; also equal sectors, or A full */
+#define QMMATH_SECTORS_SECOND_CONTAINS_FIRST 3 /* A inside B, B strictly larger             */
+#define QMMATH_SECTORS_FIRST_THEN_SECOND 4     /* B starts inside A, ends beyond A's end    */
+#define QMMATH_SECTORS_SECOND_THEN_FIRST 5     /* B starts outside A, ends inside A         */
+#define QMMATH_SECTORS_OVERLAP_AT_BOTH_ENDS 6  /* B starts inside A, runs round the circle  */
+                                               /* and ends inside A again: two overlaps     */
+
+/**
+ * Position of a direction against the sector (start, sweep): *position = -1 strictly inside,
+ * 0 on one of the two bounding directions (within tol), 1 outside; a whole-circle sector has
+ * no boundary and gives -1 for every direction.  Returns 0, or ERR_FAILURE (position
+ * untouched) when position is null or a value is not finite.
+ */
+KB_API int qmMath_compareDirectionToSector(int* position, double direction, double start,
+                                           double sweep, double tol) KB_NOEXCEPT;
+
+/**
+ * Union of sector 1 (A) and sector 2 (B).  starts and sweeps are arrays of capacity 2;
+ * *count receives the number of sectors written: 2 when the sectors are disjoint (A then B,
+ * each in canonical form), otherwise 1: A or B when one contains the other, the sector from
+ * the start of the first to the end of the second for a single overlap (cases 4 and 5), the
+ * whole circle starting at A's start for an overlap at both ends (case 6).  relation
+ * (optional) receives the case, 1 to 6.  Returns 0, or ERR_FAILURE with *count = 0 (when
+ * count is not null) for a null array or a non-finite value.
+ */
+KB_API int qmMath_calculateAngularSectorSum(double* starts, double* sweeps, int* count,
+                                            int* relation, double start1, double sweep1,
+                                            double start2, double sweep2,
+                                            double tol) KB_NOEXCEPT;
+
+/**
+ * Intersection of sector 1 (A) and sector 2 (B), with the arrays, count, relation and
+ * failures of qmMath_calculateAngularSectorSum: *count = 0 when disjoint; 1 for containment
+ * (the inner sector) and for a single overlap (the common part); 2 for an overlap at both
+ * ends, the part at A's start first, then the part at A's end.  Sweeps are never negative: a
+ * contact within tol gives a zero-sweep sector.
+ */
+KB_API int qmMath_calculateAngularSectorProduct(double* starts, double* sweeps, int* count,
+                                                int* relation, double start1, double sweep1,
+                                                double start2, double sweep2,
+                                                double tol) KB_NOEXCEPT;
+
+/**
+ * Range (axis-aligned bounding box) of the circular arc of centre (cx, cy) and radius
+ * radius >= 0 that starts in direction start and turns through sweep (radians, positive
+ * counter-clockwise; a full turn or more is the whole circle).  The box holds the two end
+ * points and, for each axis direction 0, pi/2, pi, 3*pi/2 the arc passes through (ends
+ * included, exact comparison), the circle's extreme point in that direction; it is therefore
+ * the exact box of the arc, up to the rounding of the end points.  All four outputs are
+ * required.  Returns 0, or ERR_FAILURE (nothing written) for a null output, a negative radius
+ * or a non-finite value.
+ */
+KB_API int qmMath_arcGetRange2d(double* xmin, double* ymin, double* xmax, double* ymax,
+                                double cx, double cy, double radius, double start,
+                                double sweep) KB_NOEXCEPT;
 
 KB_END_DECLS
 

@@ -63,6 +63,77 @@ KB_API uint32_t vmrUtmat_CalculateSpiralPointAtDistance(double A, double s, doub
  */
 KB_API void UTMAT_CalculerDeriveePremEtSecClot(double A, double s, Point2d* first, Point2d* second) KB_NOEXCEPT;
 
+/**
+ * Relations between clothoid quantities: A (parameter), L (length from the origin), R (radius of
+ * curvature at L), t (deflection at L, radians) and the shift of the circle (the distance from
+ * the start tangent of the circle of curvature at L, less R: |y_centre - R|).  One quantity from
+ * two others, both inputs taken in absolute value; "near zero" is within the kernel's calculation
+ * precision.
+ *
+ *   code  result                    from (p1, p2)      refused when      output 0 when
+ *    1    A = sqrt(R L)             (R, L)             p1 or p2 near 0
+ *    2    A = L / sqrt(2 t)         (L, t)             p1 or p2 near 0
+ *    3    A                         (L, shift)         p1 near 0         p2 near 0
+ *    4    A = R sqrt(2 t)           (R, t)             p1 or p2 near 0
+ *    5    L                         (A, shift)         p1 near 0         p2 near 0
+ *    6    L                         (R, shift)         p1 near 0         p2 near 0
+ *    7    L = A^2 / R               (A, R)             p1 near 0         p2 near 0
+ *    8    L = A sqrt(2 t)           (A, t)             p1 near 0
+ *    9    R                         (A, shift)         p1 near 0         p2 near 0
+ *   11    R = A^2 / L               (A, L)             p1 near 0         p2 near 0
+ *   12    R = A / sqrt(2 t)         (A, t)             p1 near 0         p2 near 0
+ *   13    t                         (A, shift)         p1 near 0         p2 near 0
+ *   14    t = L^2 / (2 A^2)         (A, L)             p1 near 0
+ *   15    t = A^2 / (2 R^2)         (A, R)             p1 near 0         p2 near 0
+ *   16    t                         (R, shift)         p1 near 0         p2 near 0
+ *   17    shift                     (A, L)             p1 near 0         p2 near 0
+ *   18    shift                     (A, R)             p1 near 0         p2 near 0
+ *   19    shift                     (A, t)             p1 near 0         p2 near 0
+ *   other (10 included)             ERR_FAILURE
+ *
+ * A refusal is judged before the output-0 rule.  An output 0 for a radius or a parameter stands
+ * for "infinite" (a straight).  The shift (17-19) is computed on the kernel's current spiral
+ * formula: the centre of curvature is the clothoid point at L with offset -R.
+ *
+ * Codes 3, 5, 6, 9, 13 and 16 invert the shift: shift / p1 depends on the deflection alone (the
+ * clothoid has one shape, scaled by A) and grows monotonically with it over 0 < t <= pi (half a
+ * turn), so the deflection is found by bisection there (at most 200 halvings; double precision
+ * ends it after about 60) and the quantity follows from it and p1.  A shift beyond the one
+ * reached at t = pi is refused.  Each evaluation uses the kernel's current spiral formula, so
+ * the inverse and the direct codes 17 to 19 agree to rounding.
+ *
+ * UTMAT_CalculerParametreClot: clears the error word, sets *value to 0, and on success writes the
+ * result; a refused relation or an unknown code sets ERR_FAILURE.  UTMAT_CalculerParametreClotValide:
+ * the same, but a refusal only leaves *valid = 0 (no error); *valid = 1 on success; an unknown
+ * code sets ERR_FAILURE.  Null outputs: ERR_FAILURE.
+ */
+KB_API void UTMAT_CalculerParametreClot(int code, double p1, double p2, double* value) KB_NOEXCEPT;
+KB_API void UTMAT_CalculerParametreClotValide(int code, double p1, double p2, double* value,
+                                              int* valid) KB_NOEXCEPT;
+
+/**
+ * Tangent difference of an offset circular arc.  An arc of signed radius R (R > 0 turns left)
+ * starts with the same tangent as its offset arc at `offset` (positive to the right, so the
+ * offset radius is R + offset).  After the same distance s travelled on each, the base tangent
+ * has turned s/R and the offset one s/(R + offset); *difference = s/R - s/(R + offset) radians
+ * (positive for an offset to the right, which turns less to the left).  R = 0 stands for a straight: difference 0.
+ * An offset that reaches or passes the centre (R + offset of the other sign, or 0) has no arc:
+ * ERR_FAILURE, *difference 0.
+ */
+KB_API void UTMAT_CalculerDifferenceTgArcCerTgOffCer(double R, double s, double offset,
+                                                     double* difference) KB_NOEXCEPT;
+/**
+ * Tangent difference of an offset clothoid.  The offset curve of the clothoid A at `offset`
+ * (positive to the right) runs at speed 1 + offset k(sigma), k = sigma/(A |A|) the signed
+ * curvature, so after a distance s on it the base abscissa reached is sigma with
+ * sigma + offset sigma^2 / (2 A |A|) = s.  *difference = sign(A) (s^2 - sigma^2) / (2 A^2): the
+ * base tangent direction at s less the offset curve's at its own distance s (radians, the
+ * offset curve's tangent at sigma is the base tangent at sigma).  A = 0, or an offset curve that
+ * reaches its cusp (speed 0) before s: ERR_FAILURE, *difference 0.
+ */
+KB_API void UTMAT_CalculerDifferenceTgArcClotTgOffClt(double A, double s, double offset,
+                                                      double* difference) KB_NOEXCEPT;
+
 KB_END_DECLS
 
 #endif /* KORVELBASE_UTMAT_CLOTHOID_H */
