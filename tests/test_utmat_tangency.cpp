@@ -532,3 +532,107 @@ TEST(UtmatTangency, NonFiniteInputFindsNothingAndTerminates) {
     UTMAT_CalculerCerTgCerDteRayon(&P, 1e300, &d, 1e300, c, t, &n);
     EXPECT_LE(n, 8);
 }
+
+// ---- the circle osculating a clothoid -----------------------------------------------------
+
+namespace {
+
+struct ClothoidPoint {
+    Point2d point, centre;
+    double radius;
+};
+
+// The osculating circle at s > 0 from the tangent direction: the centre is R along the normal
+// on the inner side (left for A > 0).
+ClothoidPoint osculating(double A, double s) {
+    Point2d p, tangent;
+    UTMAT_CalculerPosPointArcClotAbscisse(A, s, 0.0, &p, &tangent);
+    const double R = A * A / s;
+    const double side = A > 0 ? 1.0 : -1.0;  // left normal (-ty, tx), or the right one
+    return {p, {p.x - side * R * tangent.y, p.y + side * R * tangent.x}, R};
+}
+
+struct ClothoidResult {
+    Point2d centre{kSentinel, kSentinel}, point{kSentinel, kSentinel};
+    double radius = kSentinel;
+    int count = -1;
+};
+
+ClothoidResult clothoidCircle(double A, double s1, double s2, Point2d P) {
+    ClothoidResult r;
+    UTMAT_CalculerCerTgClotPs1Pt(A, s1, s2, &P, &r.centre, &r.radius, &r.point, &r.count);
+    return r;
+}
+
+}  // namespace
+
+TEST(UtmatTangency, ClothoidCircleThroughAPointBetweenTwoOsculatingCircles) {
+    UTMAT_setCalculPrecision(1e-10);
+    UTMAT_setDistanceTolerance(1e-6);
+    Generator gen(3);
+    for (int trial = 0; trial < 40; ++trial) {
+        SCOPED_TRACE(trial);
+        const double A = gen.uniform(50, 300) * (trial % 2 == 0 ? 1 : -1);
+        const double s2 = gen.uniform(5, 100), s1 = s2 + gen.uniform(20, 150), sStar = gen.uniform(s2 + 1, s1 - 1);
+        const ClothoidPoint want = osculating(A, sStar);
+        // P on the circle at s*, a quarter to three quarters of a turn away from the contact.
+        const double phi = std::atan2(want.point.y - want.centre.y, want.point.x - want.centre.x) + gen.uniform(0.5, 5.8);
+        const Point2d P{want.centre.x + want.radius * std::cos(phi), want.centre.y + want.radius * std::sin(phi)};
+        const ClothoidResult got = clothoidCircle(A, s1, s2, P);
+        EXPECT_EQ(errorWord(), 0u);
+        ASSERT_EQ(got.count, 1);
+        // The osculating circle at the returned point, through P, at the abscissa A^2/R.
+        const double s = A * A / got.radius;
+        const ClothoidPoint at = osculating(A, s);
+        const double scale = want.radius + std::hypot(P.x, P.y);
+        EXPECT_NEAR(dist(got.point, at.point), 0.0, 1e-9 * scale);
+        EXPECT_NEAR(dist(got.centre, at.centre), 0.0, 1e-9 * scale);
+        EXPECT_NEAR(dist(got.centre, P), got.radius, 1e-9 * scale);
+        EXPECT_NEAR(s, sStar, 1e-6 * sStar);  // nested circles: only one passes through P
+        // With the ends the other way round P is inside the circle at s1: nothing.
+        EXPECT_EQ(clothoidCircle(A, s2, s1, P).count, 0);
+    }
+}
+
+TEST(UtmatTangency, ClothoidCircleAtAnEndAndOnDegenerateInput) {
+    UTMAT_setCalculPrecision(1e-4);
+    UTMAT_setDistanceTolerance(0.01);
+    const double A = 120.0;
+    // P at the start point (within the distance tolerance): the osculating circle there.
+    const ClothoidPoint start = osculating(A, 40.0);
+    ClothoidResult r = clothoidCircle(A, 40.0, 90.0, {start.point.x + 0.005, start.point.y});
+    ASSERT_EQ(r.count, 1);
+    EXPECT_NEAR(r.radius, A * A / 40.0, 1e-9);
+    EXPECT_NEAR(dist(r.centre, start.centre), 0.0, 1e-9);
+    EXPECT_NEAR(dist(r.point, start.point), 0.0, 1e-12);
+    // At the end point likewise; at the straight start (s = 0) there is no circle.
+    const ClothoidPoint end = osculating(-A, 90.0);
+    r = clothoidCircle(-A, 0.0, 90.0, end.point);
+    ASSERT_EQ(r.count, 1);
+    EXPECT_NEAR(dist(r.centre, end.centre), 0.0, 1e-9);
+    r = clothoidCircle(A, 0.0, 0.0, {0.0, 0.0});
+    EXPECT_EQ(r.count, 0);
+    EXPECT_EQ(r.radius, 0.0);
+    // A = 0: nothing, no error.  |A| within the precision of 0: the relation is refused.
+    r = clothoidCircle(0.0, 10.0, 20.0, {1, 1});
+    EXPECT_EQ(r.count, 0);
+    EXPECT_EQ(errorWord(), 0u);
+    r = clothoidCircle(1e-6, 10.0, 20.0, {1, 1});
+    EXPECT_EQ(errorWord(), static_cast<uint32_t>(ERR_FAILURE));
+    EXPECT_EQ(r.count, 0);
+    // Adversarial input ends: non-finite values find nothing; with a zero precision the
+    // bisection can only stop at its bound.
+    const double nan = std::nan(""), big = 1e300;
+    for (const auto& in : {std::vector<double>{nan, 10, 20}, {A, nan, 20}, {A, 10, nan}, {big, 1, big}, {A, big, -big}, {A, 1e-300, 1e300}}) {
+        r = clothoidCircle(in[0], in[1], in[2], {3, 4});
+        EXPECT_LE(r.count, 1);
+        r = clothoidCircle(in[0], in[1], in[2], {nan, 4});
+        EXPECT_EQ(r.count, 0);
+    }
+    UTMAT_setCalculPrecision(0.0);
+    const ClothoidPoint mid = osculating(A, 60.0);
+    r = clothoidCircle(A, 90.0, 40.0, {mid.centre.x, mid.centre.y - mid.radius});
+    EXPECT_LE(r.count, 1);
+    UTMAT_setCalculPrecision(1e-4);
+    UTMAT_setDistanceTolerance(2.0);
+}

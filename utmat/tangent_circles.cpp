@@ -382,6 +382,41 @@ Construction computedRadius(RootRule rule) noexcept {
     return c;
 }
 
+// ---- the circle osculating a clothoid ------------------------------------------------------
+
+constexpr int kRadiusFromParameterAndLength = 11;  // relation of UTMAT_CalculerParametreClot
+
+// The osculating circle of the clothoid at abscissa s and its distance from P.
+struct Osculating {
+    double s;
+    double radius;
+    Point2d centre;
+    Point2d point;  // on the clothoid
+    double gap;     // distance from P to the centre
+};
+
+// The centre lies on the inner side of the turn: left (offset < 0) when the clothoid turns
+// left (A > 0) and s >= 0; the continuation through the origin (s < 0) turns the other way.
+double centreSide(double A, double s) noexcept { return (A > 0.0) == (s >= 0.0) ? -1.0 : 1.0; }
+
+bool osculatingAt(double A, double s, const Point2d& P, Osculating& out) noexcept {
+    out.s = s;
+    UTMAT_CalculerParametreClot(kRadiusFromParameterAndLength, A, s, &out.radius);
+    if (failed()) return false;
+    UTMAT_CalculerPosPointArcClotAbscisse(A, s, centreSide(A, s) * out.radius, &out.centre, nullptr);
+    if (failed()) return false;
+    UTMAT_CalculerPosPointArcClotAbscisse(A, s, 0.0, &out.point, nullptr);
+    if (failed()) return false;
+    out.gap = UTMAT_CalculerDistance2Pt(&P, &out.centre);
+    return !failed();
+}
+
+// P is at the end's clothoid point (distance tolerance) and a circle exists there.
+bool isOsculatingEnd(const Osculating& end, const Point2d& P) noexcept {
+    return UTMAT_PointsIdentiques(&P, &end.point, kb::utmat::distanceTolerance()) != 0 &&
+           !isZero(end.radius, calculationPrecision());
+}
+
 }  // namespace
 
 using kb::utmat::enter;
@@ -520,6 +555,47 @@ void UTMAT_CalculerCerTgCerPs2Pt(const Point2d* C, double r, const Point2d* P1, 
     c.add(pointObject(*P1));
     c.add(pointObject(*P2));
     solveConstruction(c, {centres, radii, tangencyPoints, count});
+}
+
+void UTMAT_CalculerCerTgClotPs1Pt(double A, double s1, double s2, const Point2d* P, Point2d* centre, double* radius,
+                                  Point2d* tangencyPoint, int* count) noexcept {
+    if (!enter(P, centre, radius, tangencyPoint, count)) return;
+    *count = 0;
+    *radius = 0.0;
+    if (A == 0.0) return;
+    const auto write = [&](const Osculating& circle) {
+        *centre = circle.centre;
+        *radius = circle.radius;
+        *tangencyPoint = circle.point;
+        *count = 1;
+    };
+    Osculating lo, hi;
+    if (!osculatingAt(A, s1, *P, lo) || !osculatingAt(A, s2, *P, hi)) return;
+    if (isOsculatingEnd(lo, *P)) return write(lo);
+    if (isOsculatingEnd(hi, *P)) return write(hi);
+    const double precision = calculationPrecision();
+    // P on or outside the circle at s1 and on or inside the one at s2.
+    if (!qmUtil_greaterOrEqualDouble(lo.gap, lo.radius, precision) ||
+        !qmUtil_lessOrEqualDouble(hi.gap, hi.radius, precision)) {
+        return;
+    }
+    for (int halving = 0; halving < UTMAT_CLOTHOID_BISECTION_LIMIT && qmUtil_greaterDouble(lo.gap, lo.radius, precision) &&
+                          qmUtil_lessDouble(hi.gap, hi.radius, precision);
+         ++halving) {
+        Osculating middle;
+        if (!osculatingAt(A, 0.5 * (lo.s + hi.s), *P, middle)) return;
+        if (qmUtil_lessOrEqualDouble(middle.gap, middle.radius, precision)) {
+            hi = middle;
+        } else {
+            lo = middle;
+        }
+    }
+    // As at the ends, a radius of 0 (the straight start) is no circle.
+    const auto passesThroughP = [&](const Osculating& end) {
+        return qmMath_doublesNearEqual(end.gap, end.radius, precision) && !isZero(end.radius, precision);
+    };
+    if (passesThroughP(hi)) return write(hi);
+    if (passesThroughP(lo)) write(lo);
 }
 
 }  // extern "C"

@@ -66,6 +66,7 @@
 #define KORVELBASE_UTMAT_TANGENCY_H
 
 #include "korvelbase/utmat.h"
+#include "korvelbase/utmat_clothoid.h"
 
 /** Upper bound on the halvings of UTMAT_CalculerCerTgClotPs1Pt (exhausts double precision). */
 #define UTMAT_CLOTHOID_BISECTION_LIMIT 200
@@ -157,6 +158,40 @@ KB_API void UTMAT_CalculerCerTgCerPs1PtRayon(const Point2d* C, double r, const P
 KB_API void UTMAT_CalculerCerTgCerPs2Pt(const Point2d* C, double r, const Point2d* P1, const Point2d* P2,
                                         Point2d* centres, double* radii, Point2d* tangencyPoints,
                                         int* count) KB_NOEXCEPT;
+
+/**
+ * The circle osculating the clothoid of parameter A (local frame of utmat_clothoid.h: origin at
+ * the start, tangent along +x, A > 0 turning left) at some abscissa s between s1 and s2 and
+ * passing through P.
+ *
+ * At an abscissa s the osculating circle has the radius R(s) = A^2/|s| (relation 11 of
+ * UTMAT_CalculerParametreClot; R = 0 at s near 0, the straight start, where there is no
+ * circle), its centre is the clothoid point at s offset by side*R (side -1 for A > 0, +1 for
+ * A <= 0: the centre is on the inner side of the turn; the side is reversed at a negative s,
+ * where the clothoid continued through its origin turns the other way), and it touches the
+ * clothoid at the clothoid point at s.  Let d(s) be the distance from P to that centre.
+ *  1. *count = 0, *radius = 0.  A = 0: nothing more (no error).
+ *  2. P within the distance tolerance of the clothoid point at s1, and R(s1) not zero at the
+ *     precision: the osculating circle at s1.  Otherwise the same at s2.
+ *  3. Otherwise, when d(s1) >= R(s1) and d(s2) <= R(s2) (P on or outside the first circle, on
+ *     or inside the second; at the precision), bisection on s: while d > R + precision at the
+ *     lower end and d < R - precision at the upper end, the midpoint replaces the upper end
+ *     when d <= R + precision there, else the lower end; at most
+ *     UTMAT_CLOTHOID_BISECTION_LIMIT halvings.  Then the circle at the upper end when d = R
+ *     there at the precision, else the one at the lower end when d = R there, else none; a
+ *     radius zero at the precision (the straight start) is never returned.
+ * The osculating circles along a clothoid are nested (the one further along, of larger
+ * curvature, lies inside), so such a P lies on exactly one of them; for P between them pass as
+ * s1 the end of larger curvature (larger |s|): with the ends the other way round P is inside
+ * the circle at s1 and nothing is found.  The circle returned passes through P within the
+ * calculation precision (or within the distance tolerance at an end).
+ * Outputs: *centre, *radius (R > 0), *tangencyPoint (the clothoid point), *count (0 or 1).
+ * Non-finite input finds nothing.  Failures: null pointer; a relation refused by
+ * UTMAT_CalculerParametreClot (|A| within the precision of 0): ERR_FAILURE.  Uses the kernel's
+ * current spiral formula.
+ */
+KB_API void UTMAT_CalculerCerTgClotPs1Pt(double A, double s1, double s2, const Point2d* P, Point2d* centre,
+                                         double* radius, Point2d* tangencyPoint, int* count) KB_NOEXCEPT;
 
 KB_END_DECLS
 
