@@ -1,6 +1,7 @@
 // Throughput of the tangent-circle constructions: one member of each kind of core (two lines
 // with a radius, two circles with a radius, two circles through a point, circle and line
-// through a point).  Inputs cycle through a precomputed table of generic configurations.
+// through a point) and the circle osculating a clothoid through a point (a bisection at the
+// default precision).  Inputs cycle through a precomputed table of generic configurations.
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -81,5 +82,32 @@ void BM_CircleAndLineThroughPoint(benchmark::State& state) {
     });
 }
 BENCHMARK(BM_CircleAndLineThroughPoint);
+
+// P on the osculating circle at a random abscissa between the two ends.
+void BM_ClothoidCircleThroughPoint(benchmark::State& state) {
+    std::mt19937 engine(9);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    const double A = 150.0, s1 = 200.0, s2 = 20.0;
+    std::vector<Point2d> points(kTableSize);
+    for (Point2d& p : points) {
+        const double s = s2 + (s1 - s2) * (0.05 + 0.9 * unit(engine));
+        Point2d centre;
+        UTMAT_CalculerPosPointArcClotAbscisse(A, s, -A * A / s, &centre, nullptr);
+        const double phi = 6.283185307179586 * unit(engine);
+        p = {centre.x + A * A / s * std::cos(phi), centre.y + A * A / s * std::sin(phi)};
+    }
+    Point2d centre, tangency;
+    double radius = 0.0;
+    int count = 0;
+    std::size_t i = 0;
+    for (auto _ : state) {
+        UTMAT_CalculerCerTgClotPs1Pt(A, s1, s2, &points[i & (kTableSize - 1)], &centre, &radius, &tangency, &count);
+        benchmark::DoNotOptimize(centre);
+        benchmark::DoNotOptimize(count);
+        ++i;
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_ClothoidCircleThroughPoint);
 
 }  // namespace

@@ -14,6 +14,7 @@
 // Since k is the same (0 or 1) for every circle equation of a construction, the difference of
 // two circle equations is linear in x, y and R.
 #include <cmath>
+#include <initializer_list>
 
 #include "korvelbase/compare.h"
 #include "korvelbase/utmat_tangency.h"
@@ -88,16 +89,20 @@ bool isZero(double value, double precision) noexcept { return qmMath_doublesNear
 
 // ---- frames -------------------------------------------------------------------------------
 
-// The reference point of the local frame: the first given point, else the first circle's
-// centre, else the world origin.
+// The reference object of the local frame, whose circle equation is kept whole: the first
+// given point, else the first circle; -1 when there is neither (two lines: world frame).
+int referenceIndex(const Construction& c) noexcept {
+    for (Kind wanted : {Kind::Point, Kind::Circle}) {
+        for (int i = 0; i < c.objectCount; ++i) {
+            if (c.objects[i].kind == wanted) return i;
+        }
+    }
+    return -1;
+}
+
 Point2d frameOrigin(const Construction& c) noexcept {
-    for (int i = 0; i < c.objectCount; ++i) {
-        if (c.objects[i].kind == Kind::Point) return c.objects[i].centre;
-    }
-    for (int i = 0; i < c.objectCount; ++i) {
-        if (c.objects[i].kind == Kind::Circle) return c.objects[i].centre;
-    }
-    return {0.0, 0.0};
+    const int reference = referenceIndex(c);
+    return reference >= 0 ? c.objects[reference].centre : Point2d{0.0, 0.0};
 }
 
 // The objects moved into the frame with origin `origin`; false when a primitive failed.
@@ -118,18 +123,6 @@ bool toLocalFrame(const Construction& world, const Point2d& origin, GivenObject*
 }
 
 // ---- one combination ----------------------------------------------------------------------
-
-// Index of the circle equation kept whole: the one centred on the frame origin (the first
-// point, else the first circle); -1 when there is none (two lines).
-int keptCircleIndex(const Construction& c) noexcept {
-    for (int i = 0; i < c.objectCount; ++i) {
-        if (c.objects[i].kind == Kind::Point) return i;
-    }
-    for (int i = 0; i < c.objectCount; ++i) {
-        if (c.objects[i].kind == Kind::Circle) return i;
-    }
-    return -1;
-}
 
 CircleEquation circleEquation(const Construction& c, const GivenObject& object, double sign) noexcept {
     const double signedRadius = object.kind == Kind::Circle ? sign * object.radius : 0.0;
@@ -224,7 +217,7 @@ int candidatesOnCircle(const AffineSolution& s, const CircleEquation& kept, doub
 // -1 when a primitive failed.
 int solveCombination(const Construction& local, const double* signs, Candidate* out) noexcept {
     const double precision = calculationPrecision();
-    const int kept = keptCircleIndex(local);
+    const int kept = referenceIndex(local);
     const int unknowns = local.radiusGiven ? kUnknownRadius : kMaxUnknowns;
     LinearEquation equations[kMaxObjects];
     int equationCount = 0;
@@ -277,6 +270,7 @@ bool tangencyPoints(const Construction& world, const double* signs, const Point2
             continue;
         }
         Point2d& T = points[written];
+        T = X;
         if (object.kind == Kind::Line) {
             UTMAT_ProjeterPtSurDroite(&object.line, &X, &T);
             if (failed()) return false;
@@ -293,9 +287,10 @@ bool tangencyPoints(const Construction& world, const double* signs, const Point2
         ++written;
     }
     if (coincident >= 0) {
-        // Every point of the given circle is common; report P, else the other contact point.
-        const int other = written > 1 ? 1 - coincident : coincident;
-        points[coincident] = givenPoint != nullptr ? *givenPoint : (other != coincident ? points[other] : X);
+        // The solution is that circle itself, so all its points are common: report the given
+        // point, else the contact with the other tangent object (common to all three).
+        const int other = written - 1 - coincident;
+        points[coincident] = givenPoint != nullptr ? *givenPoint : points[other];
     }
     return true;
 }
