@@ -170,24 +170,32 @@ double condition(const Object& o, double s, const Point2d& X, double R) {
     }
 }
 
-// Given radius R, objects[0] a point or circle: sweep the centre round it at the distance the
-// sign sets, and find where the condition of objects[1] holds.
+// The reference object (the first point, else the first circle) and the others, in order.
+size_t referenceOf(const std::vector<Object>& objects) {
+    for (Object::Kind kind : {Object::kPoint, Object::kCircle}) {
+        for (size_t i = 0; i < objects.size(); ++i) {
+            if (objects[i].kind == kind) return i;
+        }
+    }
+    return 0;
+}
+
+// Given radius R: sweep the centre round the reference point or circle at the distance each
+// sign sets, and find where the condition of the other object holds.
 std::vector<Solution> referenceGivenRadius(const std::vector<Object>& objects, double R) {
     std::vector<Solution> set;
     const double scale = scaleOf(objects, R);
-    const Object& first = objects[0];
+    const size_t ref = referenceOf(objects);
+    const Object& first = objects[ref];
+    const Object& other = objects[1 - ref];
     const Point2d centre = first.kind == Object::kPoint ? first.point : first.circle.c;
-    const int firstSigns = first.kind == Object::kPoint ? 1 : 2;
-    for (int i = 0; i < firstSigns; ++i) {
-        const double around = first.kind == Object::kPoint ? R : std::fabs(kSigns[i] * first.circle.r + R);
-        if (around == 0.0) continue;
+    for (double s1 : kSigns) {
+        const double around = first.kind == Object::kPoint ? R : std::fabs(s1 * first.circle.r + R);
         for (double s2 : kSigns) {
             const auto at = [&](double t) { return Point2d{centre.x + around * std::cos(t), centre.y + around * std::sin(t)}; };
-            for (double t : roots([&](double t) { return condition(objects[1], s2, at(t), R); }, 0.0, 2 * kPi, 20000,
-                                  1e-9 * scale)) {
+            for (double t : roots([&](double t) { return condition(other, s2, at(t), R); }, 0.0, 2 * kPi, 20000, 1e-9 * scale)) {
                 addDistinct(set, {at(t), R, {}}, 1e-6 * scale);
             }
-            if (objects[1].kind == Object::kPoint) break;
         }
     }
     return set;
@@ -211,16 +219,21 @@ double rhoFor(const Object& o, double s, const Point2d& P, double t) {
 
 std::vector<Solution> referenceThroughPoint(const std::vector<Object>& objects) {
     std::vector<Solution> set;
-    const Point2d P = objects[0].point;
+    const size_t ref = referenceOf(objects);
+    const Point2d P = objects[ref].point;
+    std::vector<Object> others;
+    for (size_t i = 0; i < objects.size(); ++i) {
+        if (i != ref) others.push_back(objects[i]);
+    }
     const double scale = scaleOf(objects, 0.0);
     for (double s1 : kSigns) {
         for (double s2 : kSigns) {
             const auto f = [&](double t) {
-                const double r1 = rhoFor(objects[1], s1, P, t), r2 = rhoFor(objects[2], s2, P, t);
+                const double r1 = rhoFor(others[0], s1, P, t), r2 = rhoFor(others[1], s2, P, t);
                 return r1 > 0 && r2 > 0 ? (r1 - r2) / (r1 + r2) : NAN;
             };
             for (double t : roots(f, 0.0, 2 * kPi, 40000, 1e-9)) {
-                const double rho = rhoFor(objects[1], s1, P, t);
+                const double rho = rhoFor(others[0], s1, P, t);
                 if (rho > 1e6 * scale) continue;
                 addDistinct(set, {{P.x + rho * std::cos(t), P.y + rho * std::sin(t)}, rho, {}}, 1e-6 * scale);
             }
@@ -279,34 +292,33 @@ void expectSignOrder(const std::vector<Object>& objects, const std::vector<Solut
 
 // ---- calling each member on a list of objects ---------------------------------------------
 
+// Member m (0..10, in the order of the header) on objects given in argument order.
 std::vector<Solution> call(const std::vector<Object>& o, double R, int member) {
-    const UtDroite* d0 = &o[0].line.d;
+    const auto line = [&](int i) { return &o[i].line.d; };
+    const auto centre = [&](int i) { return &o[i].circle.c; };
+    const auto point = [&](int i) { return &o[i].point; };
+    const auto radius = [&](int i) { return o[i].circle.r; };
+    const int capacity[] = {4, 8, 4, 4, 2, 8, 8, 8, 8, 4, 4};
+    const int contacts[] = {2, 2, 1, 1, 0, 2, 2, 2, 2, 1, 1};
+    Buffers b(capacity[member], contacts[member]);
+    Point2d* c = b.centres.data();
+    double* r = b.radii.data();
+    Point2d* t = b.contacts.data();
+    int* n = &b.count;
     switch (member) {
-        case 0: { Buffers b(4, 2); UTMAT_CalculerCerTg2DteRayon(d0, &o[1].line.d, R, b.centres.data(), b.contacts.data(), &b.count); return b.solutions(R); }
-        case 1: { Buffers b(8, 2); UTMAT_CalculerCerTg2DtePs1Pt(&o[1].line.d, &o[2].line.d, &o[0].point, b.centres.data(), b.radii.data(), b.contacts.data(), &b.count); return b.solutions(0); }
-        case 2: { Buffers b(4, 1); UTMAT_CalculerCerTgDtePs1PtRayon(&o[1].line.d, &o[0].point, R, b.centres.data(), b.contacts.data(), &b.count); return b.solutions(std::fabs(R)); }
-        case 3: { Buffers b(4, 1); UTMAT_CalculerCerTgDtePs2Pt(&o[2].line.d, &o[0].point, &o[1].point, b.centres.data(), b.radii.data(), b.contacts.data(), &b.count); return b.solutions(0); }
-        case 4: { Buffers b(2, 0); UTMAT_CalculerCerPs2PtRayon(&o[0].point, &o[1].point, R, b.centres.data(), &b.count); return b.solutions(R); }
-        case 5: { Buffers b(8, 2); UTMAT_CalculerCerTg2CerRayon(&o[0].circle.c, o[0].circle.r, &o[1].circle.c, o[1].circle.r, R, b.centres.data(), b.contacts.data(), &b.count); return b.solutions(R); }
-        case 6: { Buffers b(8, 2); UTMAT_CalculerCerTgCerDteRayon(&o[0].circle.c, o[0].circle.r, &o[1].line.d, R, b.centres.data(), b.contacts.data(), &b.count); return b.solutions(R); }
-        case 7: { Buffers b(8, 2); UTMAT_CalculerCerTg2CerPs1Pt(&o[1].circle.c, o[1].circle.r, &o[2].circle.c, o[2].circle.r, &o[0].point, b.centres.data(), b.radii.data(), b.contacts.data(), &b.count); return b.solutions(0); }
-        case 8: { Buffers b(8, 2); UTMAT_CalculerCerTgCerDtePs1Pt(&o[1].circle.c, o[1].circle.r, &o[2].line.d, &o[0].point, b.centres.data(), b.radii.data(), b.contacts.data(), &b.count); return b.solutions(0); }
-        case 9: { Buffers b(4, 1); UTMAT_CalculerCerTgCerPs1PtRayon(&o[1].circle.c, o[1].circle.r, &o[0].point, R, b.centres.data(), b.contacts.data(), &b.count); return b.solutions(R); }
-        default: { Buffers b(4, 1); UTMAT_CalculerCerTgCerPs2Pt(&o[2].circle.c, o[2].circle.r, &o[0].point, &o[1].point, b.centres.data(), b.radii.data(), b.contacts.data(), &b.count); return b.solutions(0); }
+        case 0: UTMAT_CalculerCerTg2DteRayon(line(0), line(1), R, c, t, n); break;
+        case 1: UTMAT_CalculerCerTg2DtePs1Pt(line(0), line(1), point(2), c, r, t, n); break;
+        case 2: UTMAT_CalculerCerTgDtePs1PtRayon(line(0), point(1), R, c, t, n); break;
+        case 3: UTMAT_CalculerCerTgDtePs2Pt(line(0), point(1), point(2), c, r, t, n); break;
+        case 4: UTMAT_CalculerCerPs2PtRayon(point(0), point(1), R, c, n); break;
+        case 5: UTMAT_CalculerCerTg2CerRayon(centre(0), radius(0), centre(1), radius(1), R, c, t, n); break;
+        case 6: UTMAT_CalculerCerTgCerDteRayon(centre(0), radius(0), line(1), R, c, t, n); break;
+        case 7: UTMAT_CalculerCerTg2CerPs1Pt(centre(0), radius(0), centre(1), radius(1), point(2), c, r, t, n); break;
+        case 8: UTMAT_CalculerCerTgCerDtePs1Pt(centre(0), radius(0), line(1), point(2), c, r, t, n); break;
+        case 9: UTMAT_CalculerCerTgCerPs1PtRayon(centre(0), radius(0), point(1), R, c, t, n); break;
+        default: UTMAT_CalculerCerTgCerPs2Pt(centre(0), radius(0), point(1), point(2), c, r, t, n); break;
     }
-}
-
-// The objects of a member in the library's argument order (the test keeps the point first).
-std::vector<Object> argumentOrder(const std::vector<Object>& o, int member) {
-    switch (member) {
-        case 1: return {o[1], o[2], o[0]};
-        case 2: return {o[1], o[0]};
-        case 3: return {o[2], o[0], o[1]};
-        case 7: case 8: return {o[1], o[2], o[0]};
-        case 9: return {o[1], o[0]};
-        case 10: return {o[2], o[0], o[1]};
-        default: return o;
-    }
+    return b.solutions(std::fabs(R));
 }
 
 struct Generator {
@@ -321,16 +333,14 @@ struct Generator {
     Object circle() { return circleObj(point(), uniform(1, 6)); }
 };
 
-void checkAgainstReference(int member, const std::vector<Object>& testOrder, double R) {
-    const std::vector<Object> args = argumentOrder(testOrder, member);
+void checkAgainstReference(int member, const std::vector<Object>& objects, double R) {
     UTMAT_setCalculPrecision(1e-4);
-    const std::vector<Solution> got = call(testOrder, R, member);
+    const std::vector<Solution> got = call(objects, R, member);
     EXPECT_EQ(errorWord(), 0u);
-    for (const Solution& s : got) expectSolves(s, args);
-    const bool radiusGiven = R > 0;
-    const std::vector<Solution> want = radiusGiven ? referenceGivenRadius(testOrder, R) : referenceThroughPoint(testOrder);
-    expectSameSet(got, want, scaleOf(testOrder, R));
-    expectSignOrder(args, got, member >= 7);
+    for (const Solution& s : got) expectSolves(s, objects);
+    const std::vector<Solution> want = R > 0 ? referenceGivenRadius(objects, R) : referenceThroughPoint(objects);
+    expectSameSet(got, want, scaleOf(objects, R));
+    expectSignOrder(objects, got, member >= 7);
 }
 
 }  // namespace
@@ -343,11 +353,11 @@ TEST(UtmatTangency, GivenRadiusMembersMatchTheReference) {
         SCOPED_TRACE(trial);
         const double R = gen.uniform(0.5, 8);
         const Object P = pointObj(gen.point()), L = lineObj(gen.line()), C1 = gen.circle(), C2 = gen.circle();
-        checkAgainstReference(2, {P, L}, R);
+        checkAgainstReference(2, {L, P}, R);
         checkAgainstReference(4, {P, pointObj(gen.point())}, R);
         checkAgainstReference(5, {C1, C2}, R);
         checkAgainstReference(6, {C1, L}, R);
-        checkAgainstReference(9, {P, C1}, R);
+        checkAgainstReference(9, {C1, P}, R);
     }
 }
 
@@ -357,11 +367,11 @@ TEST(UtmatTangency, ComputedRadiusMembersMatchTheReference) {
         SCOPED_TRACE(trial);
         const Object P = pointObj(gen.point()), L1 = lineObj(gen.line()), L2 = lineObj(gen.line());
         const Object C1 = gen.circle(), C2 = gen.circle(), Q = pointObj(gen.point());
-        checkAgainstReference(1, {P, L1, L2}, 0);
-        checkAgainstReference(3, {P, Q, L1}, 0);
-        checkAgainstReference(7, {P, C1, C2}, 0);
-        checkAgainstReference(8, {P, C1, L1}, 0);
-        checkAgainstReference(10, {P, Q, C1}, 0);
+        checkAgainstReference(1, {L1, L2, P}, 0);
+        checkAgainstReference(3, {L1, P, Q}, 0);
+        checkAgainstReference(7, {C1, C2, P}, 0);
+        checkAgainstReference(8, {C1, L1, P}, 0);
+        checkAgainstReference(10, {C1, P, Q}, 0);
     }
 }
 
