@@ -27,7 +27,7 @@
  * (first) given point where there is one, else the first circle's centre (the two-line
  * construction works in world coordinates).  Every condition is either a circle equation
  * |X - Ci|^2 = (k*R + ei)^2 (a point: ei = 0; a circle: ei = s*r; with R given, k = 0 and the
- * distance is folded into ei) or a linear equation a*x + b*y - k*s*R + c = 0 (a line).  The
+ * distance is folded into ei) or a linear equation a*x + b*y + c = s*R (a normalised line).  The
  * circle equation centred on the frame origin is kept; every other circle equation is
  * subtracted from it, which leaves linear equations (the squares of R cancel).  The linear
  * equations, in argument order, are solved by elimination with the pivot taken from x, then y,
@@ -35,7 +35,8 @@
  * Dx != 0 the quadratic is in y (leading coefficient Dy^2/Dx^2 + 1), otherwise, when Dy != 0,
  * in x; with R computed the quadratic is normally in R.  An equation without a usable pivot
  * (parallel lines, concentric circles) makes the combination yield nothing.  The remaining
- * unknown is then found from the kept circle equation.
+ * unknown is then found from the kept circle equation (with two lines there is none: the two
+ * offset lines fix the centre).
  *
  * Tangency points, k per solution in argument order of the tangent objects (point 2i on the
  * first object, 2i+1 on the second): on a line, the foot of the perpendicular from the centre
