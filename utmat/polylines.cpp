@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <unordered_map>
 
 #include "base/boundary.hpp"
 #include "base/heap.hpp"
+#include "base/optional_output.hpp"
+#include "korvelbase/blockarray.h"
 #include "korvelbase/utmat_polylines.h"
 #include "korvelbase/utmat_segments.h"
 #include "utmat/kernel_state.hpp"
@@ -20,79 +21,146 @@ constexpr int kScratchCapacity = 50;  // intersections kept per segment of polyl
 
 // ---- stored points and the duplicate test ------------------------------------------------------
 
-// Answers "is a stored point identical to p at the tolerance?" (|p - q| <= tol) exactly as a
-// scan of every stored point would, through a hash of cells one tolerance wide: a point within
-// the tolerance lies in the same or a neighbouring cell.
+// Answers "is a stored point identical to p at the tolerance?" (|p - q| <= |tol|) exactly as a
+// scan of every stored point would, through a flat hash of square cells at least 2 |tol| wide:
+// the points within the tolerance of p lie in the 2 x 2 block of cells around p's position in
+// its own cell, so a query probes four cells and each stored point is filed once.
 class StoredPoints {
 public:
-    explicit StoredPoints(double tol) : tol_(tol) {}
+    // `scale`: the largest coordinate magnitude the points can have.  Cells are never narrower
+    // than scale * 2^-30, so cell indices stay exact 32-bit integers.
+    StoredPoints(double tol, double scale) : tol_(std::fabs(tol)) {
+        const double width = std::fmax(2.0 * tol_ * (1.0 + kWidthSlack), std::fabs(scale) * kSmallestCellFraction);
+        width_ = width > 0.0 ? width : 1.0;
+        hashed_ = std::isfinite(width_) && std::isfinite(tol_);
+    }
 
     bool containsNear(const Point2d& p) const {
+        if (std::isnan(tol_)) return false;  // nothing is identical at a NaN tolerance
+        for (const int k : unhashed_) {
+            if (identical(p, points_[static_cast<std::size_t>(k)])) return true;
+        }
         long long cx = 0;
         long long cy = 0;
-        if (!cellOf(p, cx, cy)) return scanAll(p);
-        for (long long dx = -1; dx <= 1; ++dx) {
-            for (long long dy = -1; dy <= 1; ++dy) {
-                const auto found = cells_.find(key(cx + dx, cy + dy));
-                if (found == cells_.end()) continue;
-                for (const Point2d& q : found->second) {
-                    if (identical(p, q)) return true;
+        double fx = 0.0;
+        double fy = 0.0;
+        if (!cellOf(p, cx, cy, fx, fy)) return false;  // not hashable: compared with the unhashed above
+        const long long x0 = fx < 0.5 ? cx - 1 : cx;
+        const long long y0 = fy < 0.5 ? cy - 1 : cy;
+        for (long long gx = x0; gx <= x0 + 1; ++gx) {
+            for (long long gy = y0; gy <= y0 + 1; ++gy) {
+                const std::size_t slot = find(key(gx, gy));
+                if (slot == kNone) continue;
+                for (int k = slots_[slot].head; k >= 0; k = next_[static_cast<std::size_t>(k)]) {
+                    if (identical(p, points_[static_cast<std::size_t>(k)])) return true;
                 }
-            }
-        }
-        return scanAll(p, true);
-    }
-
-    void add(const Point2d& p) {
-        long long cx = 0;
-        long long cy = 0;
-        if (cellOf(p, cx, cy)) {
-            cells_[key(cx, cy)].push_back(p);
-        } else {
-            unhashed_.push_back(p);
-        }
-    }
-
-private:
-    bool identical(const Point2d& p, const Point2d& q) const {
-        return std::fabs(kb::utmat::norm(kb::utmat::difference(p, q))) <= std::fabs(tol_);
-    }
-    // The cell of p; false when the tolerance or the coordinates make cells meaningless.
-    bool cellOf(const Point2d& p, long long& cx, long long& cy) const {
-        constexpr double kLargestCellIndex = 1e15;
-        const double width = std::fabs(tol_);
-        if (!(width > 0.0) || !std::isfinite(width)) return false;
-        const double fx = std::floor(p.x / width);
-        const double fy = std::floor(p.y / width);
-        if (!(std::fabs(fx) < kLargestCellIndex) || !(std::fabs(fy) < kLargestCellIndex)) return false;
-        cx = static_cast<long long>(fx);
-        cy = static_cast<long long>(fy);
-        return true;
-    }
-    static std::uint64_t key(long long cx, long long cy) {
-        return static_cast<std::uint64_t>(cx) * 0x9E3779B97F4A7C15ull ^ static_cast<std::uint64_t>(cy);
-    }
-    // Points kept outside the cells (no usable cell), and, when everything is unhashed, all.
-    bool scanAll(const Point2d& p, bool unhashedOnly = false) const {
-        for (const Point2d& q : unhashed_) {
-            if (identical(p, q)) return true;
-        }
-        if (unhashedOnly) return false;
-        for (const auto& cell : cells_) {
-            for (const Point2d& q : cell.second) {
-                if (identical(p, q)) return true;
             }
         }
         return false;
     }
 
-    using Cell = kb::Vector<Point2d>;
+    void add(const Point2d& p) {
+        if (std::isnan(p.x) || std::isnan(p.y)) return;  // never identical to anything
+        const int index = static_cast<int>(points_.size());
+        points_.push_back(p);
+        next_.push_back(-1);
+        long long cx = 0;
+        long long cy = 0;
+        double fx = 0.0;
+        double fy = 0.0;
+        if (!cellOf(p, cx, cy, fx, fy)) {
+            unhashed_.push_back(index);
+            return;
+        }
+        if (2 * (filled_ + 1) > slots_.size()) grow();
+        Slot& slot = slots_[insertionSlot(key(cx, cy))];
+        next_.back() = slot.head;
+        slot.head = index;
+    }
+
+private:
+    static constexpr double kWidthSlack = 1.0 / 256.0;           // covers rounding of x / width
+    static constexpr double kSmallestCellFraction = 0x1p-30;       // of the coordinate scale
+    static constexpr double kLargestCellIndex = 2147483000.0;      // below 2^31, neighbours included
+    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+    static constexpr std::size_t kInitialSlots = 64;
+
+    struct Slot {
+        std::uint64_t key;
+        int head;  // first point of the cell's chain; -1: empty slot
+    };
+
+    bool identical(const Point2d& p, const Point2d& q) const {
+        return kb::utmat::norm(kb::utmat::difference(p, q)) <= tol_;
+    }
+    // The cell of p and p's position within it (fractions in [0, 1)); false when the
+    // coordinates are not finite or too far out for exact cell indices.
+    bool cellOf(const Point2d& p, long long& cx, long long& cy, double& fx, double& fy) const {
+        if (!hashed_) return false;
+        const double tx = p.x / width_;
+        const double ty = p.y / width_;
+        const double gx = std::floor(tx);
+        const double gy = std::floor(ty);
+        if (!(std::fabs(gx) < kLargestCellIndex) || !(std::fabs(gy) < kLargestCellIndex)) return false;
+        cx = static_cast<long long>(gx);
+        cy = static_cast<long long>(gy);
+        fx = tx - gx;
+        fy = ty - gy;
+        return true;
+    }
+    static std::uint64_t key(long long cx, long long cy) {
+        return static_cast<std::uint64_t>(static_cast<std::uint32_t>(cx)) << 32 |
+               static_cast<std::uint32_t>(cy);
+    }
+    std::size_t home(std::uint64_t k) const {
+        std::uint64_t h = k * 0x9E3779B97F4A7C15ull;
+        h ^= h >> 29;
+        return static_cast<std::size_t>(h) & (slots_.size() - 1);
+    }
+    std::size_t find(std::uint64_t k) const {
+        if (slots_.empty()) return kNone;
+        for (std::size_t s = home(k);; s = (s + 1) & (slots_.size() - 1)) {  // load <= 1/2: ends
+            if (slots_[s].head < 0) return kNone;
+            if (slots_[s].key == k) return s;
+        }
+    }
+    std::size_t insertionSlot(std::uint64_t k) {
+        for (std::size_t s = home(k);; s = (s + 1) & (slots_.size() - 1)) {
+            if (slots_[s].head < 0) {
+                slots_[s].key = k;
+                ++filled_;
+                return s;
+            }
+            if (slots_[s].key == k) return s;
+        }
+    }
+    void grow() {
+        kb::Vector<Slot> previous(std::max(kInitialSlots, 2 * slots_.size()), Slot{0, -1});
+        previous.swap(slots_);
+        filled_ = 0;
+        for (const Slot& s : previous) {
+            if (s.head >= 0) slots_[insertionSlot(s.key)].head = s.head;
+        }
+    }
+
     double tol_;
-    std::unordered_map<std::uint64_t, Cell, std::hash<std::uint64_t>, std::equal_to<std::uint64_t>,
-                       kb::HeapAllocator<std::pair<const std::uint64_t, Cell>>>
-        cells_;
-    Cell unhashed_;
+    double width_ = 1.0;
+    bool hashed_ = false;
+    kb::Vector<Point2d> points_;
+    kb::Vector<int> next_;      // the next point of the same cell; -1 ends the chain
+    kb::Vector<int> unhashed_;  // points kept outside the cells
+    kb::Vector<Slot> slots_;    // open addressing, linear probing, at most half full
+    std::size_t filled_ = 0;
 };
+
+// The largest coordinate magnitude of a polyline (the scale of its cells).
+double coordinateScale(const Point2d* polyline, int n) {
+    double scale = 0.0;
+    for (int k = 0; k < n; ++k) {
+        scale = std::fmax(scale, std::fmax(std::fabs(polyline[k].x), std::fabs(polyline[k].y)));
+    }
+    return scale;
+}
 
 // Where results go: one kind (points or overlaps), with its flag, count and optional arrays.
 struct PointSink {
@@ -144,12 +212,61 @@ void appendOverlap(OverlapSink& sink, const Point2d (&ends)[2], const double (&o
     }
 }
 
-bool zeroLength(const Point2d& a, const Point2d& b) { return UTMAT_PointsIdentiques(&a, &b, 0.0) != 0; }
+double planLength(const Point2d* segment) { return kb::utmat::norm(kb::utmat::difference(segment[0], segment[1])); }
+
+// A segment of zero length: the test of UTMAT_PointsIdentiques at tolerance 0 (the distance
+// between the ends equals 0; NaN ends are not of zero length), without the call.
+bool zeroLength(const Point2d* segment) { return planLength(segment) == 0.0; }
+
+// ---- pairs that cannot meet ----------------------------------------------------------------------
+
+// Rounding allowance of the rejection below, relative to the coordinates' magnitude: far above
+// the few units in the last place by which the segment primitive's arithmetic can move a
+// meeting point, so that a pair is set aside only when the primitive would find nothing.
+constexpr double kRejectionMargin = 0x1p-30;
+
+double largestMagnitude(const Point2d* a, const Point2d* b) {
+    double m = 0.0;
+    for (int e = 0; e < 2; ++e) {
+        m = std::fmax(m, std::fmax(std::fmax(std::fabs(a[e].x), std::fabs(a[e].y)),
+                                   std::fmax(std::fabs(b[e].x), std::fabs(b[e].y))));
+    }
+    return m;
+}
+
+// The boxes of two segments, grown by `reach`, are disjoint.
+bool boxesApart(const Point2d* a, const Point2d* b, double reach) {
+    return std::fmin(a[0].x, a[1].x) - reach > std::fmax(b[0].x, b[1].x) ||
+           std::fmin(b[0].x, b[1].x) - reach > std::fmax(a[0].x, a[1].x) ||
+           std::fmin(a[0].y, a[1].y) - reach > std::fmax(b[0].y, b[1].y) ||
+           std::fmin(b[0].y, b[1].y) - reach > std::fmax(a[0].y, a[1].y);
+}
+
+// Both ends of `s` lie on the same side of the line through `on`, farther than `reach`.
+bool endsBeyondLine(const Point2d* on, const Point2d* s, double reach) {
+    const Point2d v = kb::utmat::difference(on[0], on[1]);
+    const double limit = reach * kb::utmat::norm(v);
+    const double d0 = kb::utmat::cross(v, kb::utmat::difference(on[0], s[0]));
+    const double d1 = kb::utmat::cross(v, kb::utmat::difference(on[0], s[1]));
+    return (d0 > limit && d1 > limit) || (d0 < -limit && d1 < -limit);
+}
+
+// True only when the segment primitive at `tol` certainly finds neither a point nor a piece:
+// a point it reports lies on both lines within the closed intervals widened by the tolerance,
+// so within 2 |tol| of both segments' boxes and with each segment, lengthened by the
+// tolerance, reaching the other's line; a collinear piece or touch needs an end within the
+// tolerance of the other line.  Non-finite or overflowing values never reject, so the
+// primitive still sees (and reports) them.
+bool cannotMeet(const Point2d* a, const Point2d* b, double tol) {
+    const double reach = 2.0 * std::fabs(tol) + kRejectionMargin * largestMagnitude(a, b);
+    return boxesApart(a, b, reach) || endsBeyondLine(a, b, reach) || endsBeyondLine(b, a, reach);
+}
 
 // Intersects segment s with segment k of the polyline, appending with the polyline's abscissae
 // shifted by `along` (and the segment's by `alongSegment`); false when a primitive failed.
 bool intersectPair(const Point2d* s, const Point2d* polyline, int k, double along, double alongSegment,
                    double tol, PointSink& points, StoredPoints& stored, OverlapSink& overlaps) {
+    if (cannotMeet(s, polyline + k, tol)) return true;
     int pointFound = 0;
     int overlapFound = 0;
     Point2d p{0.0, 0.0};
@@ -267,7 +384,7 @@ kb::Vector<double> segmentStarts(const Point2d* polyline, int n) {
     double along = 0.0;
     for (int k = 0; k + 1 < n; ++k) {
         starts[static_cast<std::size_t>(k)] = along;
-        if (!zeroLength(polyline[k], polyline[k + 1])) along += kb::utmat::norm(kb::utmat::difference(polyline[k], polyline[k + 1]));
+        if (!zeroLength(polyline + k)) along += planLength(polyline + k);
     }
     return starts;
 }
@@ -278,7 +395,7 @@ void segmentWithPolyline(const Point2d* segment, const Point2d* polyline, int n,
                          const kb::Vector<int>* candidates, double alongSegment, double tol,
                          PointSink& points, StoredPoints& stored, OverlapSink& overlaps) {
     const auto visit = [&](int k) {
-        if (zeroLength(polyline[k], polyline[k + 1])) return true;
+        if (zeroLength(polyline + k)) return true;
         if (!intersectPair(segment, polyline, k, starts[static_cast<std::size_t>(k)], alongSegment, tol,
                            points, stored, overlaps)) {
             return false;
@@ -367,6 +484,411 @@ void fillRun(Point3d* p, int n, const int32_t* known, int first, int last) {
     }
 }
 
+// ---- the query engines -----------------------------------------------------------------------
+
+// Both result kinds of one query.
+struct Sinks {
+    PointSink points;
+    OverlapSink overlaps;
+    void clear() const { *points.found = *points.count = *overlaps.found = *overlaps.count = 0; }
+};
+
+// Runs a query body at the C boundary: an exception (an allocation that failed) becomes
+// ERR_FAILURE in the error word; a failing primitive has already set it.
+template <typename Body>
+void runGuarded(Body&& body) noexcept {
+    const int status = kb::callGuarded(ERR_FAILURE, [&] {
+        body();
+        return 0;
+    });
+    if (status != 0) kb::utmat::raiseError();
+}
+
+// A segment with every segment of a polyline, in order.
+void segmentAgainstPolyline(const Point2d* segment, const Point2d* polyline, int n, double tol, Sinks& out) {
+    if (polyline == nullptr || n < 2) return;
+    StoredPoints stored(tol, std::fmax(coordinateScale(segment, 2), coordinateScale(polyline, n)));
+    const kb::Vector<double> starts = segmentStarts(polyline, n);
+    segmentWithPolyline(segment, polyline, n, starts, nullptr, 0.0, tol, out.points, stored, out.overlaps);
+}
+
+// Every intersection of two polylines, by segment of polyline 1 and, within one, by segment of
+// polyline 2, at most 50 of each kind per segment of polyline 1; polyline 2's candidates come
+// from a grid of its segment boxes.
+void polylineAgainstPolyline(const Point2d* pts1, int n1, const Point2d* pts2, int n2, double tol, Sinks& out) {
+    if (pts1 == nullptr || pts2 == nullptr || n1 < 2 || n2 < 2) return;
+    const double scale = std::fmax(coordinateScale(pts1, n1), coordinateScale(pts2, n2));
+    StoredPoints stored(tol, scale);
+    const kb::Vector<double> starts2 = segmentStarts(pts2, n2);
+    const SegmentGrid grid(pts2, n2, std::fabs(tol));
+    kb::Vector<int> candidates;
+    double along1 = 0.0;
+    for (int i = 0; i + 1 < n1; ++i) {
+        const Point2d* s = pts1 + i;
+        if (zeroLength(s)) continue;
+        // Up to 50 of each kind per segment of polyline 1, gathered first and then appended.
+        int scratchFound = 0, scratchCount = 0, scratchOverlapFound = 0, scratchOverlapCount = 0;
+        Point2d scratchPoints[kScratchCapacity];
+        double scratchOn1[kScratchCapacity], scratchOn2[kScratchCapacity];
+        Point2d scratchEnds[2 * kScratchCapacity];
+        double scratchEndsOn1[2 * kScratchCapacity], scratchEndsOn2[2 * kScratchCapacity];
+        PointSink scratch{&scratchFound, &scratchCount, scratchPoints, scratchOn1, scratchOn2, kScratchCapacity};
+        OverlapSink scratchOverlaps{&scratchOverlapFound, &scratchOverlapCount, scratchEnds, scratchEndsOn1,
+                                    scratchEndsOn2, kScratchCapacity};
+        StoredPoints scratchStored(tol, scale);
+        grid.candidates(boxOf(s[0], s[1], std::fabs(tol)), candidates);
+        segmentWithPolyline(s, pts2, n2, starts2, &candidates, 0.0, tol, scratch, scratchStored, scratchOverlaps);
+        if (failed()) return;
+        for (int k = 0; k < scratchCount; ++k) {
+            appendPoint(out.points, stored, scratchPoints[k], scratchOn1[k] + along1, scratchOn2[k]);
+        }
+        for (int k = 0; k < scratchOverlapCount; ++k) {
+            const Point2d ends[2] = {scratchEnds[2 * k], scratchEnds[2 * k + 1]};
+            const double on1[2] = {scratchEndsOn1[2 * k] + along1, scratchEndsOn1[2 * k + 1] + along1};
+            const double on2[2] = {scratchEndsOn2[2 * k], scratchEndsOn2[2 * k + 1]};
+            appendOverlap(out.overlaps, ends, on1, on2);
+        }
+        along1 += planLength(s);
+        if (bothComplete(out.points, out.overlaps)) break;
+    }
+}
+
+// One polyline's place in the walk by reference abscissae: its current segment, that
+// segment's plan length, and the summed plan length of the segments left behind.
+class AbscissaCursor {
+public:
+    AbscissaCursor(const Point2d* points, const double* abscissae, int n)
+        : points_(points), abscissae_(abscissae), segments_(n - 1) {
+        length_ = left() ? planLength(points_) : 0.0;
+    }
+    bool left() const { return index_ < segments_; }
+    int index() const { return index_; }
+    const Point2d* segment() const { return points_ + index_; }
+    bool zeroLength() const { return length_ == 0.0; }  // as ::zeroLength, computed once
+    double along() const { return along_; }
+    double start() const { return abscissae_[index_]; }
+    double end() const { return abscissae_[index_ + 1]; }
+    void advance() {
+        along_ += length_;
+        ++index_;
+        length_ = left() ? planLength(segment()) : 0.0;
+    }
+
+private:
+    const Point2d* points_;
+    const double* abscissae_;
+    int segments_;
+    int index_ = 0;
+    double length_ = 0.0;
+    double along_ = 0.0;
+};
+
+// Intersects only the pairs of segments whose reference-abscissa intervals can overlap, in one
+// merge walk over both polylines: every step moves one cursor on, so at most n1 + n2 - 3 pairs
+// are seen and each at most once.  Abscissae out of order or NaN cannot stop the walk; they
+// only make it miss pairs.
+void walkByAbscissae(const UtDonneesIntersection& r, Sinks& out) {
+    StoredPoints stored(r.tol, std::fmax(coordinateScale(r.pts1, r.n1), coordinateScale(r.pts2, r.n2)));
+    AbscissaCursor one(r.pts1, r.abs1, r.n1);
+    AbscissaCursor two(r.pts2, r.abs2, r.n2);
+    while (one.left() && two.left()) {
+        while (one.left() && one.end() < two.start()) one.advance();
+        if (!one.left()) return;
+        while (two.left() && two.end() < one.start()) two.advance();
+        if (!two.left()) return;
+        if (!one.zeroLength() && !two.zeroLength()) {
+            if (!intersectPair(one.segment(), r.pts2, two.index(), two.along(), one.along(), r.tol, out.points,
+                               stored, out.overlaps)) {
+                return;
+            }
+            if (bothComplete(out.points, out.overlaps)) return;
+        }
+        if (two.end() < one.end()) {
+            two.advance();
+        } else {
+            one.advance();
+        }
+    }
+}
+
+// ---- nearest and first intersections --------------------------------------------------------
+
+// The scratch results of the nearest- and first-intersection queries: process-wide static
+// storage of 50 entries of each kind, reused by every call and kept between calls.  Like the
+// kernel's error word it is unguarded, so these queries are for one thread at a time and two
+// calls must never overlap.
+struct ScratchResults {
+    int pointFound;
+    int pointCount;
+    Point2d points[kScratchCapacity];
+    double pointsOn1[kScratchCapacity];
+    double pointsOn2[kScratchCapacity];
+    int overlapFound;
+    int overlapCount;
+    Point2d ends[2 * kScratchCapacity];
+    double endsOn1[2 * kScratchCapacity];
+    double endsOn2[2 * kScratchCapacity];
+
+    Sinks sinks() {
+        Sinks s{{&pointFound, &pointCount, points, pointsOn1, pointsOn2, kScratchCapacity},
+                {&overlapFound, &overlapCount, ends, endsOn1, endsOn2, kScratchCapacity}};
+        s.clear();
+        return s;
+    }
+};
+
+ScratchResults scratchResults;
+
+// The starting best distance and best abscissa of the searches: larger than any real one.
+constexpr double kNothingYet = 1e31;
+
+struct Best {
+    int index = -1;
+    double value = kNothingYet;
+    bool found() const { return index >= 0; }
+};
+
+// The candidate nearest the reference (the first of equals); with `skipReference`, candidates
+// at the reference itself (distance 0 at the tolerance) are passed over.  Stops at a candidate
+// at distance 0.
+Best nearestTo(const Point2d& reference, const Point2d* candidates, int count, double tol, bool skipReference) {
+    Best best;
+    for (int j = 0; j < count; ++j) {
+        const double d = kb::utmat::norm(kb::utmat::difference(reference, candidates[j]));
+        if (skipReference && UTMAT_Egal(d, 0.0, tol)) continue;
+        if (d < best.value) best = {j, d};
+        if (UTMAT_Egal(best.value, 0.0, tol)) break;
+    }
+    return best;
+}
+
+// The candidate of smallest abscissa (the first of equals).
+Best smallestOf(const double* abscissae, int count) {
+    Best best;
+    for (int j = 0; j < count; ++j) {
+        if (abscissae[j] < best.value) best = {j, abscissae[j]};
+    }
+    return best;
+}
+
+// Where the chosen result goes: point and abscissae optional, the two flags required.
+struct Choice {
+    Point2d* point;
+    double* on1;
+    double* on2;
+    int* isPoint;
+    int* isOverlapEnd;
+};
+
+void deliverPoint(const Choice& c, int j) {
+    const ScratchResults& s = scratchResults;
+    *c.isPoint = 1;
+    kb::storeOptional(c.point, s.points[j]);
+    kb::storeOptional(c.on1, s.pointsOn1[j]);
+    kb::storeOptional(c.on2, s.pointsOn2[j]);
+}
+
+void deliverOverlapEnd(const Choice& c, int j) {
+    const ScratchResults& s = scratchResults;
+    *c.isOverlapEnd = 1;
+    kb::storeOptional(c.point, s.ends[j]);
+    kb::storeOptional(c.on1, s.endsOn1[j]);
+    kb::storeOptional(c.on2, s.endsOn2[j]);
+}
+
+// From the scratch results: the point nearest the reference, or the overlap end when it is
+// strictly nearer.
+void chooseNearest(const Point2d& reference, double tol, int acceptReference, const Choice& c) {
+    const ScratchResults& s = scratchResults;
+    const Best point = nearestTo(reference, s.points, s.pointCount, tol, acceptReference == 0);
+    const Best end = nearestTo(reference, s.ends, 2 * s.overlapCount, tol, false);
+    if (end.found() && end.value < point.value) {
+        deliverOverlapEnd(c, end.index);
+    } else if (point.found()) {
+        deliverPoint(c, point.index);
+    }
+}
+
+// From the scratch results: the result of smallest abscissa on polyline 1, the point on ties.
+void chooseFirst(const Choice& c) {
+    const ScratchResults& s = scratchResults;
+    const Best point = smallestOf(s.pointsOn1, s.pointCount);
+    const Best end = smallestOf(s.endsOn1, 2 * s.overlapCount);
+    if (point.found() && point.value <= end.value) {
+        deliverPoint(c, point.index);
+    } else if (end.found()) {
+        deliverOverlapEnd(c, end.index);
+    }
+}
+
+// ---- cutting a profile ---------------------------------------------------------------------
+
+constexpr int kPointBytes = 16;  // the element size of the point block arrays
+static_assert(sizeof(Point2d) == kPointBytes, "a block-array point is two doubles");
+
+// A profile cut at P: the first part is points [0, firstEnd) then P, the second part P then
+// points [secondBegin, n).
+struct Cut {
+    int firstEnd;
+    int secondBegin;
+};
+
+Cut cutProfile(const Point2d* p, int n, const Point2d& at, double tol) {
+    const bool increasing = p[n - 1].x >= p[0].x;
+    const auto beforeCut = [&](double x) {
+        return increasing ? UTMAT_Inf(x, at.x, tol) != 0 : UTMAT_Sup(x, at.x, tol) != 0;
+    };
+    int j = 1;  // the first point is before the cut (the cut is not at the first abscissa)
+    while (j < n && beforeCut(p[j].x)) ++j;
+    // A vertical run at the cut: its points are taken up to the segment that holds P, whose
+    // start is taken unless it is P itself; a run point identical to P is not repeated.
+    for (int r = j; r + 1 < n && UTMAT_Egal(p[r].x, at.x, tol); ++r) {
+        if (!UTMAT_ComparerPointASegment(&at, &p[r], &p[r + 1], tol)) continue;
+        const int firstEnd = UTMAT_PointsIdentiques(&at, &p[r], tol) ? r : r + 1;
+        const int secondBegin = UTMAT_PointsIdentiques(&at, &p[r + 1], tol) ? r + 2 : r + 1;
+        return {firstEnd, secondBegin};
+    }
+    int r = j;
+    while (r < n && UTMAT_Egal(p[r].x, at.x, tol)) ++r;
+    return {r, r};
+}
+
+// A new block array of `count` points copied from `from`, with P before them (`cutFirst`) or
+// after them (`cutLast`); false (error word set) when the block array could not be made.
+bool makePart(Point2d** out, const Point2d* from, int count, const Point2d* cutFirst, const Point2d* cutLast,
+              int* outCount) {
+    const int total = count + (cutFirst != nullptr ? 1 : 0) + (cutLast != nullptr ? 1 : 0);
+    void* block = nullptr;
+    MEM_CreerTableau(&block, kPointBytes, total);
+    kb::utmat::takeBlockArrayError();
+    if (failed()) return false;
+    Point2d* points = static_cast<Point2d*>(block);
+    int k = 0;
+    if (cutFirst != nullptr) points[k++] = *cutFirst;
+    for (int j = 0; j < count; ++j) points[k++] = from[j];
+    if (cutLast != nullptr) points[k++] = *cutLast;
+    *out = points;
+    *outCount = total;
+    return true;
+}
+
+// ---- segment in a contour --------------------------------------------------------------------
+
+// The recursive boundary test halves a piece at most this many times (a piece then measures
+// 2^-60 of the segment, below the resolution of its coordinates) ...
+constexpr int kBoundaryDepthLimit = 60;
+// ... and makes at most this many midpoint tests per contour point.
+constexpr int kBoundaryTestsPerPoint = 60;
+// A piece whose midpoint reads as boundary without lying along it is classified by its points
+// at 1/4, 3/4, 1/8, ... down to 1/2^this.
+constexpr int kSamplingLevels = 5;
+
+enum class Place { inside, outside, boundary };
+
+struct ContourView {
+    const Point2d* points;
+    int n;
+    double tol;
+};
+
+Place placeOf(const Point2d& p, const ContourView& c) {
+    const int where = UTMAT_PointDansContour(&p, c.points, c.n, c.tol);
+    return where < 0 ? Place::boundary : (where == 1 ? Place::inside : Place::outside);
+}
+
+// The contour edge that holds p (the first one), or -1 when p is off the boundary.
+int edgeHolding(const Point2d& p, const ContourView& c) {
+    const int where = UTMAT_PointDansContour(&p, c.points, c.n, c.tol);
+    return where < 0 ? -where - 1 : -1;
+}
+
+Point2d pointAt(const Point2d& a, const Point2d& b, double fraction) {
+    return {a.x + (b.x - a.x) * fraction, a.y + (b.y - a.y) * fraction};
+}
+
+// 1 when the piece a-b runs along the boundary: both ends on it and, when they are on
+// different edges, both halves in turn.  `edgeA` and `edgeB` are the ends' edges (-1: off).
+bool alongBoundary(const Point2d& a, int edgeA, const Point2d& b, int edgeB, const ContourView& c, int depth,
+                   int& testsLeft) {
+    if (edgeA < 0 || edgeB < 0) return false;
+    if (edgeA == edgeB || depth >= kBoundaryDepthLimit) return true;
+    if (--testsLeft < 0) return false;
+    const Point2d middle = pointAt(a, b, 0.5);
+    const int edgeMiddle = edgeHolding(middle, c);
+    return alongBoundary(a, edgeA, middle, edgeMiddle, c, depth + 1, testsLeft) &&
+           alongBoundary(middle, edgeMiddle, b, edgeB, c, depth + 1, testsLeft);
+}
+
+bool alongBoundary(const Point2d& a, const Point2d& b, const ContourView& c) {
+    int testsLeft = kBoundaryTestsPerPoint * (c.n + 2);
+    return alongBoundary(a, edgeHolding(a, c), b, edgeHolding(b, c), c, 0, testsLeft);
+}
+
+// The place of the piece a-b, which the boundary does not cross.
+Place placeOfPiece(const Point2d& a, const Point2d& b, const ContourView& c) {
+    const Place middle = placeOf(pointAt(a, b, 0.5), c);
+    if (middle != Place::boundary || alongBoundary(a, b, c)) return middle;
+    // Near the boundary only at the tolerance: the first sample off it decides.
+    for (int level = 2; level <= kSamplingLevels; ++level) {
+        const int parts = 1 << level;
+        for (int j = 1; j < parts; j += 2) {
+            const Place sample = placeOf(pointAt(a, b, static_cast<double>(j) / parts), c);
+            if (sample != Place::boundary) return sample;
+        }
+    }
+    return Place::boundary;
+}
+
+// The abscissae along the segment where it meets the contour, with both ends, in order.
+kb::Vector<double> cutsAlong(const Point2d* segment, const ContourView& c) {
+    const double length = planLength(segment);
+    kb::Vector<double> cuts{0.0, length};
+    if (c.n >= 2) {
+        const int capacity = c.n - 1;  // one result per contour segment at most
+        kb::Vector<double> onSegment(static_cast<std::size_t>(capacity));
+        kb::Vector<double> endsOnSegment(2 * static_cast<std::size_t>(capacity));
+        int pointFound = 0, pointCount = 0, overlapFound = 0, overlapCount = 0;
+        Sinks sinks{{&pointFound, &pointCount, nullptr, onSegment.data(), nullptr, capacity},
+                    {&overlapFound, &overlapCount, nullptr, endsOnSegment.data(), nullptr, capacity}};
+        segmentAgainstPolyline(segment, c.points, c.n, c.tol, sinks);
+        if (failed()) return cuts;
+        cuts.insert(cuts.end(), onSegment.begin(), onSegment.begin() + pointCount);
+        cuts.insert(cuts.end(), endsOnSegment.begin(), endsOnSegment.begin() + 2 * overlapCount);
+    }
+    for (double& t : cuts) t = std::fmin(std::fmax(t, 0.0), length);
+    std::sort(cuts.begin(), cuts.end());
+    return cuts;
+}
+
+int segmentPlace(const Point2d* segment, const ContourView& c) {
+    const Point2d& a = segment[0];
+    const Point2d& b = segment[1];
+    if (zeroLength(segment)) {
+        const Place p = placeOf(a, c);
+        return p == Place::inside ? UTMAT_SEGMENT_INSIDE
+                                  : (p == Place::outside ? UTMAT_SEGMENT_OUTSIDE : UTMAT_SEGMENT_ON_BOUNDARY);
+    }
+    if (alongBoundary(a, b, c)) return UTMAT_SEGMENT_ON_BOUNDARY;
+    const kb::Vector<double> cuts = cutsAlong(segment, c);
+    if (failed()) return UTMAT_SEGMENT_FAILED;
+    const double length = cuts.back();
+    bool inside = false;
+    bool outside = false;
+    const auto note = [&](Place p) {
+        inside = inside || p == Place::inside;
+        outside = outside || p == Place::outside;
+    };
+    note(placeOf(a, c));
+    note(placeOf(b, c));
+    for (std::size_t j = 0; j + 1 < cuts.size() && !(inside && outside); ++j) {
+        if (!(cuts[j + 1] > cuts[j])) continue;
+        note(placeOfPiece(pointAt(a, b, cuts[j] / length), pointAt(a, b, cuts[j + 1] / length), c));
+    }
+    if (inside && outside) return UTMAT_SEGMENT_CROSSES;
+    if (inside) return UTMAT_SEGMENT_INSIDE;
+    return outside ? UTMAT_SEGMENT_OUTSIDE : UTMAT_SEGMENT_ON_BOUNDARY;
+}
+
 }  // namespace
 
 extern "C" {
@@ -377,17 +899,11 @@ void UTMAT_CalculerIntersectionSegmentPolyligne(
     int* overlapFound, int* overlapCount, Point2d* overlapPoints, double* overlapAbscissaeOnSegment,
     double* overlapAbscissaeOnPolyline) noexcept {
     if (!kb::utmat::enter(segment, pointFound, pointCount, overlapFound, overlapCount)) return;
-    *pointFound = *pointCount = *overlapFound = *overlapCount = 0;
-    if (polyline == nullptr || n < 2) return;
-    kb::callGuarded(0, [&] {
-        PointSink pointSink{pointFound, pointCount, points, abscissaeOnSegment, abscissaeOnPolyline, capacity};
-        OverlapSink overlapSink{overlapFound, overlapCount, overlapPoints, overlapAbscissaeOnSegment,
-                                overlapAbscissaeOnPolyline, capacity};
-        StoredPoints stored(tol);
-        const kb::Vector<double> starts = segmentStarts(polyline, n);
-        segmentWithPolyline(segment, polyline, n, starts, nullptr, 0.0, tol, pointSink, stored, overlapSink);
-        return 0;
-    });
+    Sinks out{{pointFound, pointCount, points, abscissaeOnSegment, abscissaeOnPolyline, capacity},
+              {overlapFound, overlapCount, overlapPoints, overlapAbscissaeOnSegment, overlapAbscissaeOnPolyline,
+               capacity}};
+    out.clear();
+    runGuarded([&] { segmentAgainstPolyline(segment, polyline, n, tol, out); });
 }
 
 void UTMAT_CalculerIntersectionPolylignePolyligne(
@@ -395,50 +911,96 @@ void UTMAT_CalculerIntersectionPolylignePolyligne(
     double* abscissae1, double* abscissae2, int* overlapFound, int* overlapCount, Point2d* overlapPoints,
     double* overlapAbscissae1, double* overlapAbscissae2) noexcept {
     if (!kb::utmat::enter(request, pointFound, pointCount, overlapFound, overlapCount)) return;
-    *pointFound = *pointCount = *overlapFound = *overlapCount = 0;
     const UtDonneesIntersection& r = *request;
+    Sinks out{{pointFound, pointCount, points, abscissae1, abscissae2, r.capacity},
+              {overlapFound, overlapCount, overlapPoints, overlapAbscissae1, overlapAbscissae2, r.capacity}};
+    out.clear();
+    runGuarded([&] { polylineAgainstPolyline(r.pts1, r.n1, r.pts2, r.n2, r.tol, out); });
+}
+
+void UTMAT_CalculerIntersectionPolylignePolyligneAvecAbscisses(
+    const UtDonneesIntersection* request, int* pointFound, int* pointCount, Point2d* points,
+    double* abscissae1, double* abscissae2, int* overlapFound, int* overlapCount, Point2d* overlapPoints,
+    double* overlapAbscissae1, double* overlapAbscissae2) noexcept {
+    if (!kb::utmat::enter(request, pointFound, pointCount, overlapFound, overlapCount)) return;
+    const UtDonneesIntersection& r = *request;
+    Sinks out{{pointFound, pointCount, points, abscissae1, abscissae2, r.capacity},
+              {overlapFound, overlapCount, overlapPoints, overlapAbscissae1, overlapAbscissae2, r.capacity}};
+    out.clear();
     if (r.pts1 == nullptr || r.pts2 == nullptr || r.n1 < 2 || r.n2 < 2) return;
-    const int failedStatus = kb::callGuarded(ERR_FAILURE, [&] {
-        PointSink out{pointFound, pointCount, points, abscissae1, abscissae2, r.capacity};
-        OverlapSink outOverlaps{overlapFound, overlapCount, overlapPoints, overlapAbscissae1,
-                                overlapAbscissae2, r.capacity};
-        StoredPoints stored(r.tol);
-        const kb::Vector<double> starts2 = segmentStarts(r.pts2, r.n2);
-        const SegmentGrid grid(r.pts2, r.n2, std::fabs(r.tol));
-        kb::Vector<int> candidates;
-        double along1 = 0.0;
-        for (int i = 0; i + 1 < r.n1; ++i) {
-            const Point2d* s = r.pts1 + i;
-            if (zeroLength(s[0], s[1])) continue;
-            // Up to 50 of each kind per segment of polyline 1, gathered first and then appended.
-            int scratchFound = 0, scratchCount = 0, scratchOverlapFound = 0, scratchOverlapCount = 0;
-            Point2d scratchPoints[kScratchCapacity];
-            double scratchOn1[kScratchCapacity], scratchOn2[kScratchCapacity];
-            Point2d scratchEnds[2 * kScratchCapacity];
-            double scratchEndsOn1[2 * kScratchCapacity], scratchEndsOn2[2 * kScratchCapacity];
-            PointSink scratch{&scratchFound, &scratchCount, scratchPoints, scratchOn1, scratchOn2, kScratchCapacity};
-            OverlapSink scratchOverlaps{&scratchOverlapFound, &scratchOverlapCount, scratchEnds, scratchEndsOn1,
-                                        scratchEndsOn2, kScratchCapacity};
-            StoredPoints scratchStored(r.tol);
-            grid.candidates(boxOf(s[0], s[1], std::fabs(r.tol)), candidates);
-            segmentWithPolyline(s, r.pts2, r.n2, starts2, &candidates, 0.0, r.tol, scratch, scratchStored,
-                                scratchOverlaps);
-            if (failed()) return ERR_FAILURE;
-            for (int k = 0; k < scratchCount; ++k) {
-                appendPoint(out, stored, scratchPoints[k], scratchOn1[k] + along1, scratchOn2[k]);
-            }
-            for (int k = 0; k < scratchOverlapCount; ++k) {
-                const Point2d ends[2] = {scratchEnds[2 * k], scratchEnds[2 * k + 1]};
-                const double on1[2] = {scratchEndsOn1[2 * k] + along1, scratchEndsOn1[2 * k + 1] + along1};
-                const double on2[2] = {scratchEndsOn2[2 * k], scratchEndsOn2[2 * k + 1]};
-                appendOverlap(outOverlaps, ends, on1, on2);
-            }
-            along1 += kb::utmat::norm(kb::utmat::difference(s[0], s[1]));
-            if (bothComplete(out, outOverlaps)) break;
-        }
-        return 0;
-    });
-    if (failedStatus != 0 && !failed()) kb::utmat::raiseError();
+    if (kb::utmat::refuseNull(r.abs1, r.abs2)) return;
+    runGuarded([&] { walkByAbscissae(r, out); });
+}
+
+void UTMAT_CalculerIntersectionSegmentPolylignePlusProche(const Point2d* segment, const Point2d* polyline, int n,
+                                                          double tol, const Point2d* reference, int acceptReference,
+                                                          Point2d* point, double* abscissaOnSegment,
+                                                          double* abscissaOnPolyline, int* isPoint,
+                                                          int* isOverlapEnd) noexcept {
+    if (!kb::utmat::enter(segment, reference, isPoint, isOverlapEnd)) return;
+    *isPoint = *isOverlapEnd = 0;
+    Sinks scratch = scratchResults.sinks();
+    runGuarded([&] { segmentAgainstPolyline(segment, polyline, n, tol, scratch); });
+    if (failed()) return;
+    chooseNearest(*reference, tol, acceptReference, {point, abscissaOnSegment, abscissaOnPolyline, isPoint, isOverlapEnd});
+}
+
+void UTMAT_CalculerIntersectionPolylignePolylignePlusProche(const Point2d* poly1, int n1, const Point2d* poly2,
+                                                            int n2, double tol, const Point2d* reference,
+                                                            int acceptReference, Point2d* point, double* abscissa1,
+                                                            double* abscissa2, int* isPoint,
+                                                            int* isOverlapEnd) noexcept {
+    if (!kb::utmat::enter(reference, isPoint, isOverlapEnd)) return;
+    *isPoint = *isOverlapEnd = 0;
+    Sinks scratch = scratchResults.sinks();
+    runGuarded([&] { polylineAgainstPolyline(poly1, n1, poly2, n2, tol, scratch); });
+    if (failed()) return;
+    chooseNearest(*reference, tol, acceptReference, {point, abscissa1, abscissa2, isPoint, isOverlapEnd});
+}
+
+void UTMAT_CalculerPremiereIntersectionPolyligneAvecPolyligne(const Point2d* poly1, int n1, const Point2d* poly2,
+                                                              int n2, double tol, Point2d* point, double* abscissa1,
+                                                              double* abscissa2, int* isPoint,
+                                                              int* isOverlap) noexcept {
+    if (!kb::utmat::enter(isPoint, isOverlap)) return;
+    *isPoint = *isOverlap = 0;
+    Sinks scratch = scratchResults.sinks();
+    runGuarded([&] { polylineAgainstPolyline(poly1, n1, poly2, n2, tol, scratch); });
+    if (failed()) return;
+    chooseFirst({point, abscissa1, abscissa2, isPoint, isOverlap});
+}
+
+void UTMAT_SegmenterPolyligne(const Point2d* polyline, int n, const Point2d* p, double tol, Point2d** first,
+                              int* firstCount, Point2d** second, int* secondCount) noexcept {
+    if (!kb::utmat::enter(polyline, p, first, firstCount, second, secondCount)) return;
+    if (n < 1 || *first != nullptr || *second != nullptr) {
+        kb::utmat::raiseError();
+        return;
+    }
+    const double lo = std::fmin(polyline[0].x, polyline[n - 1].x);
+    const double hi = std::fmax(polyline[0].x, polyline[n - 1].x);
+    if (!UTMAT_AppartenirAIntFerme(p->x, lo, hi, tol)) {
+        kb::utmat::raiseError();
+        return;
+    }
+    *firstCount = *secondCount = 0;
+    bool made = false;
+    if (UTMAT_Egal(p->x, polyline[0].x, tol)) {
+        made = makePart(second, polyline, n, nullptr, nullptr, secondCount);
+    } else if (UTMAT_Egal(p->x, polyline[n - 1].x, tol)) {
+        made = makePart(first, polyline, n, nullptr, nullptr, firstCount);
+    } else {
+        const Cut cut = cutProfile(polyline, n, *p, tol);
+        made = makePart(first, polyline, cut.firstEnd, nullptr, p, firstCount) &&
+               makePart(second, polyline + cut.secondBegin, n - cut.secondBegin, p, nullptr, secondCount);
+    }
+    if (made) return;
+    // Nothing is handed back on failure: a part already made is released.
+    void* made1 = *first;
+    if (made1 != nullptr) MEM_LibererTableau(&made1);
+    *first = nullptr;
+    *firstCount = 0;
+    kb::utmat::raiseError();
 }
 
 int UTMAT_ComparerPointASegment(const Point2d* p, const Point2d* a, const Point2d* b, double tol) noexcept {
@@ -504,6 +1066,13 @@ int UTMAT_PointDansContour(const Point2d* p, const Point2d* contour, int n, doub
         if (x > p->x) ++crossings;
     }
     return crossings % 2 == 1 ? kInside : kOutside;
+}
+
+int UTMAT_SegmentDansContour(const Point2d* segment, const Point2d* contour, int n, double tol) noexcept {
+    if (!kb::utmat::enter(segment, contour)) return UTMAT_SEGMENT_FAILED;
+    const int status = kb::callGuarded(UTMAT_SEGMENT_FAILED, [&] { return segmentPlace(segment, {contour, n, tol}); });
+    if (status == UTMAT_SEGMENT_FAILED && !failed()) kb::utmat::raiseError();
+    return failed() ? UTMAT_SEGMENT_FAILED : status;
 }
 
 void UTMAT_CalculerInterpolationCurviligneDuZ(Point3d* points, int n, const int32_t* known,
