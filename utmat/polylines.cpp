@@ -21,10 +21,22 @@ constexpr int kScratchCapacity = 50;  // intersections kept per segment of polyl
 
 // ---- stored points and the duplicate test ------------------------------------------------------
 
+void prefetchLine(const void* address) {
+#if defined(__GNUC__) || defined(__clang__)
+    __builtin_prefetch(address);
+#else
+    (void)address;
+#endif
+}
+
 // Answers "is a stored point identical to p at the tolerance?" (|p - q| <= |tol|) exactly as a
-// scan of every stored point would, through a flat hash of square cells at least 2 |tol| wide:
-// the points within the tolerance of p lie in the 2 x 2 block of cells around p's position in
-// its own cell, so a query probes four cells and each stored point is filed once.
+// scan of every stored point would, through a hash of square cells at least 2 |tol| wide: the
+// points within the tolerance of p lie in the cells that p's tolerance square overlaps (one
+// cell, or two or four near a cell's edge), and each stored point is filed in its own cell.
+// Cells share buckets (chains through the stored points); a shared bucket costs time, never a
+// wrong answer, since every candidate is measured.  A bitmap eight times finer than the buckets
+// marks the cells in use, so that most queries (points far from every stored one) end in that
+// small bitmap without touching the buckets or the points.
 class StoredPoints {
 public:
     // `scale`: the largest coordinate magnitude the points can have.  Cells are never narrower
@@ -33,131 +45,144 @@ public:
         const double width = std::fmax(2.0 * tol_ * (1.0 + kWidthSlack), std::fabs(scale) * kSmallestCellFraction);
         width_ = width > 0.0 ? width : 1.0;
         hashed_ = std::isfinite(width_) && std::isfinite(tol_);
+        reach_ = tol_ + width_ * kRoundingAllowance;
     }
 
     bool containsNear(const Point2d& p) const {
         if (std::isnan(tol_)) return false;  // nothing is identical at a NaN tolerance
         for (const int k : unhashed_) {
-            if (identical(p, points_[static_cast<std::size_t>(k)])) return true;
+            if (identical(p, stored_[static_cast<std::size_t>(k)].point)) return true;
         }
-        long long cx = 0;
-        long long cy = 0;
-        double fx = 0.0;
-        double fy = 0.0;
-        if (!cellOf(p, cx, cy, fx, fy)) return false;  // not hashable: compared with the unhashed above
-        const long long x0 = fx < 0.5 ? cx - 1 : cx;
-        const long long y0 = fy < 0.5 ? cy - 1 : cy;
-        for (long long gx = x0; gx <= x0 + 1; ++gx) {
-            for (long long gy = y0; gy <= y0 + 1; ++gy) {
-                const std::size_t slot = find(key(gx, gy));
-                if (slot == kNone) continue;
-                for (int k = slots_[slot].head; k >= 0; k = next_[static_cast<std::size_t>(k)]) {
-                    if (identical(p, points_[static_cast<std::size_t>(k)])) return true;
+        if (stored_.empty() || !hashed_) return false;
+        // The cells of the square of half side `reach_` around p: one or two per axis.
+        long long x0 = 0, x1 = 0, y0 = 0, y1 = 0;
+        if (!cellIndex(p.x - reach_, x0) || !cellIndex(p.x + reach_, x1) || !cellIndex(p.y - reach_, y0) ||
+            !cellIndex(p.y + reach_, y1)) {
+            return scanAll(p);  // far outside the scale: measured against everything
+        }
+        if (buckets_.empty()) return false;
+        for (long long gx = x0; gx <= x1; ++gx) {
+            for (long long gy = y0; gy <= y1; ++gy) {
+                const std::uint64_t h = hashOf(gx, gy);
+                if (!marked(h)) continue;
+                for (int k = buckets_[bucketOf(h)]; k >= 0;) {
+                    const Entry& e = stored_[static_cast<std::size_t>(k)];
+                    if (identical(p, e.point)) return true;
+                    k = e.next;
                 }
             }
         }
         return false;
     }
 
+    // Starts fetching what a query for p will read first (p's own cell), so that the query can
+    // come a little later without waiting on memory.
+    void prefetch(const Point2d& p) const {
+        long long cx = 0, cy = 0;
+        if (buckets_.empty() || !hashed_ || !cellIndex(p.x, cx) || !cellIndex(p.y, cy)) return;
+        const std::uint64_t h = hashOf(cx, cy);
+        prefetchLine(&inUse_[bitOf(h) / 64]);
+        prefetchLine(&buckets_[bucketOf(h)]);
+    }
+
     void add(const Point2d& p) {
         if (std::isnan(p.x) || std::isnan(p.y)) return;  // never identical to anything
-        const int index = static_cast<int>(points_.size());
-        points_.push_back(p);
-        next_.push_back(-1);
-        long long cx = 0;
-        long long cy = 0;
-        double fx = 0.0;
-        double fy = 0.0;
-        if (!cellOf(p, cx, cy, fx, fy)) {
+        long long cx = 0, cy = 0;
+        const bool hashable = hashed_ && cellIndex(p.x, cx) && cellIndex(p.y, cy);
+        if (hashable && hashedCount_ + 1 > buckets_.size()) {
+            rehash(std::max(kInitialBuckets, 2 * buckets_.size()));
+        }
+        const int index = static_cast<int>(stored_.size());
+        stored_.push_back({p, -1});
+        if (!hashable) {
             unhashed_.push_back(index);
             return;
         }
-        if (2 * (filled_ + 1) > slots_.size()) grow();
-        Slot& slot = slots_[insertionSlot(key(cx, cy))];
-        next_.back() = slot.head;
-        slot.head = index;
+        file(index, cx, cy);
+        ++hashedCount_;
     }
 
 private:
-    static constexpr double kWidthSlack = 1.0 / 256.0;           // covers rounding of x / width
-    static constexpr double kSmallestCellFraction = 0x1p-30;       // of the coordinate scale
-    static constexpr double kLargestCellIndex = 2147483000.0;      // below 2^31, neighbours included
-    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-    static constexpr std::size_t kInitialSlots = 64;
+    // Cells are 2 |tol| (1 + 2^-8) wide at least, and a query reaches |tol| + width * 2^-10:
+    // past the rounding of coordinate / width (below 2^-22 of a cell for indices under 2^31),
+    // yet short of a cell, so a query spans at most two cells per axis.
+    static constexpr double kWidthSlack = 1.0 / 256.0;
+    static constexpr double kRoundingAllowance = 1.0 / 1024.0;
+    static constexpr double kSmallestCellFraction = 0x1p-30;  // of the coordinate scale
+    static constexpr double kLargestCellIndex = 2147483000.0;   // below 2^31
+    static constexpr std::size_t kInitialBuckets = 64;
+    static constexpr std::size_t kBitsPerBucket = 8;
 
-    struct Slot {
-        std::uint64_t key;
-        int head;  // first point of the cell's chain; -1: empty slot
+    struct Entry {
+        Point2d point;
+        int next;  // the next point of the same bucket; -1 ends the chain
     };
 
     bool identical(const Point2d& p, const Point2d& q) const {
         return kb::utmat::norm(kb::utmat::difference(p, q)) <= tol_;
     }
-    // The cell of p and p's position within it (fractions in [0, 1)); false when the
-    // coordinates are not finite or too far out for exact cell indices.
-    bool cellOf(const Point2d& p, long long& cx, long long& cy, double& fx, double& fy) const {
-        if (!hashed_) return false;
-        const double tx = p.x / width_;
-        const double ty = p.y / width_;
-        const double gx = std::floor(tx);
-        const double gy = std::floor(ty);
-        if (!(std::fabs(gx) < kLargestCellIndex) || !(std::fabs(gy) < kLargestCellIndex)) return false;
-        cx = static_cast<long long>(gx);
-        cy = static_cast<long long>(gy);
-        fx = tx - gx;
-        fy = ty - gy;
+    bool scanAll(const Point2d& p) const {
+        for (const Entry& e : stored_) {
+            if (identical(p, e.point)) return true;
+        }
+        return false;
+    }
+    // The cell index of a coordinate; false when it is not finite or too far out.
+    bool cellIndex(double v, long long& index) const {
+        const double g = std::floor(v / width_);
+        if (!(std::fabs(g) < kLargestCellIndex)) return false;
+        index = static_cast<long long>(g);
         return true;
     }
-    static std::uint64_t key(long long cx, long long cy) {
-        return static_cast<std::uint64_t>(static_cast<std::uint32_t>(cx)) << 32 |
-               static_cast<std::uint32_t>(cy);
+    static std::uint64_t hashOf(long long cx, long long cy) {
+        std::uint64_t h = (static_cast<std::uint64_t>(cx) << 32 ^ static_cast<std::uint32_t>(cy)) * 0x9E3779B97F4A7C15ull;
+        return h ^ h >> 31;
     }
-    std::size_t home(std::uint64_t k) const {
-        std::uint64_t h = k * 0x9E3779B97F4A7C15ull;
-        h ^= h >> 29;
-        return static_cast<std::size_t>(h) & (slots_.size() - 1);
+    std::size_t bucketOf(std::uint64_t h) const { return static_cast<std::size_t>(h) & (buckets_.size() - 1); }
+    // The cell's bit: the bucket's index with two more bits of the hash.
+    std::size_t bitOf(std::uint64_t h) const {
+        return static_cast<std::size_t>(h) & (kBitsPerBucket * buckets_.size() - 1);
     }
-    std::size_t find(std::uint64_t k) const {
-        if (slots_.empty()) return kNone;
-        for (std::size_t s = home(k);; s = (s + 1) & (slots_.size() - 1)) {  // load <= 1/2: ends
-            if (slots_[s].head < 0) return kNone;
-            if (slots_[s].key == k) return s;
-        }
+    bool marked(std::uint64_t h) const {
+        const std::size_t bit = bitOf(h);
+        return (inUse_[bit / 64] >> (bit % 64) & 1u) != 0;
     }
-    std::size_t insertionSlot(std::uint64_t k) {
-        for (std::size_t s = home(k);; s = (s + 1) & (slots_.size() - 1)) {
-            if (slots_[s].head < 0) {
-                slots_[s].key = k;
-                ++filled_;
-                return s;
+    void file(int index, long long cx, long long cy) {
+        const std::uint64_t h = hashOf(cx, cy);
+        const std::size_t bit = bitOf(h);
+        inUse_[bit / 64] |= std::uint64_t{1} << (bit % 64);
+        int& head = buckets_[bucketOf(h)];
+        stored_[static_cast<std::size_t>(index)].next = head;
+        head = index;
+    }
+    void rehash(std::size_t count) {
+        buckets_.assign(count, -1);
+        inUse_.assign(kBitsPerBucket * count / 64, 0);
+        for (std::size_t k = 0; k < stored_.size(); ++k) {
+            long long cx = 0, cy = 0;
+            if (cellIndex(stored_[k].point.x, cx) && cellIndex(stored_[k].point.y, cy)) {
+                file(static_cast<int>(k), cx, cy);
             }
-            if (slots_[s].key == k) return s;
-        }
-    }
-    void grow() {
-        kb::Vector<Slot> previous(std::max(kInitialSlots, 2 * slots_.size()), Slot{0, -1});
-        previous.swap(slots_);
-        filled_ = 0;
-        for (const Slot& s : previous) {
-            if (s.head >= 0) slots_[insertionSlot(s.key)].head = s.head;
         }
     }
 
     double tol_;
     double width_ = 1.0;
+    double reach_ = 0.0;
     bool hashed_ = false;
-    kb::Vector<Point2d> points_;
-    kb::Vector<int> next_;      // the next point of the same cell; -1 ends the chain
+    kb::Vector<Entry> stored_;
     kb::Vector<int> unhashed_;  // points kept outside the cells
-    kb::Vector<Slot> slots_;    // open addressing, linear probing, at most half full
-    std::size_t filled_ = 0;
+    kb::Vector<int> buckets_;   // first point of each bucket's chain; a power of two long
+    kb::Vector<std::uint64_t> inUse_;  // one bit per (cell hash modulo 8 buckets) in use
+    std::size_t hashedCount_ = 0;
 };
 
 // The largest coordinate magnitude of a polyline (the scale of its cells).
 double coordinateScale(const Point2d* polyline, int n) {
     double scale = 0.0;
     for (int k = 0; k < n; ++k) {
-        scale = std::fmax(scale, std::fmax(std::fabs(polyline[k].x), std::fabs(polyline[k].y)));
+        const double m = std::max(std::fabs(polyline[k].x), std::fabs(polyline[k].y));
+        if (m > scale && std::isfinite(m)) scale = m;  // NaN and infinite coordinates set no scale
     }
     return scale;
 }
@@ -228,44 +253,58 @@ constexpr double kRejectionMargin = 0x1p-30;
 double largestMagnitude(const Point2d* a, const Point2d* b) {
     double m = 0.0;
     for (int e = 0; e < 2; ++e) {
-        m = std::fmax(m, std::fmax(std::fmax(std::fabs(a[e].x), std::fabs(a[e].y)),
-                                   std::fmax(std::fabs(b[e].x), std::fabs(b[e].y))));
+        m = std::max({m, std::fabs(a[e].x), std::fabs(a[e].y), std::fabs(b[e].x), std::fabs(b[e].y)});
     }
     return m;
 }
 
-// The boxes of two segments, grown by `reach`, are disjoint.
-bool boxesApart(const Point2d* a, const Point2d* b, double reach) {
-    return std::fmin(a[0].x, a[1].x) - reach > std::fmax(b[0].x, b[1].x) ||
-           std::fmin(b[0].x, b[1].x) - reach > std::fmax(a[0].x, a[1].x) ||
-           std::fmin(a[0].y, a[1].y) - reach > std::fmax(b[0].y, b[1].y) ||
-           std::fmin(b[0].y, b[1].y) - reach > std::fmax(a[0].y, a[1].y);
+// Every x of `a` exceeds every x of `b` by more than `reach` (false with a NaN among them).
+bool beyondInX(const Point2d* a, const Point2d* b, double reach) {
+    return a[0].x - reach > b[0].x && a[0].x - reach > b[1].x && a[1].x - reach > b[0].x && a[1].x - reach > b[1].x;
 }
 
-// Both ends of `s` lie on the same side of the line through `on`, farther than `reach`.
+bool beyondInY(const Point2d* a, const Point2d* b, double reach) {
+    return a[0].y - reach > b[0].y && a[0].y - reach > b[1].y && a[1].y - reach > b[0].y && a[1].y - reach > b[1].y;
+}
+
+// The boxes of two segments, grown by `reach`, are disjoint.
+bool boxesApart(const Point2d* a, const Point2d* b, double reach) {
+    return beyondInX(a, b, reach) || beyondInX(b, a, reach) || beyondInY(a, b, reach) || beyondInY(b, a, reach);
+}
+
+// Both ends of `s` lie on the same side of the line through `on`, farther than `reach`
+// (compared squared: the magnitudes are bounded by the caller so nothing overflows).
 bool endsBeyondLine(const Point2d* on, const Point2d* s, double reach) {
     const Point2d v = kb::utmat::difference(on[0], on[1]);
-    const double limit = reach * kb::utmat::norm(v);
+    const double limit = reach * reach * kb::utmat::dot(v, v);
     const double d0 = kb::utmat::cross(v, kb::utmat::difference(on[0], s[0]));
     const double d1 = kb::utmat::cross(v, kb::utmat::difference(on[0], s[1]));
-    return (d0 > limit && d1 > limit) || (d0 < -limit && d1 < -limit);
+    const bool sameSide = (d0 > 0.0 && d1 > 0.0) || (d0 < 0.0 && d1 < 0.0);
+    return sameSide && d0 * d0 > limit && d1 * d1 > limit;
 }
+
+// Coordinates up to this magnitude keep every square above finite.
+constexpr double kLargestFilteredMagnitude = 1e75;
 
 // True only when the segment primitive at `tol` certainly finds neither a point nor a piece:
 // a point it reports lies on both lines within the closed intervals widened by the tolerance,
 // so within 2 |tol| of both segments' boxes and with each segment, lengthened by the
 // tolerance, reaching the other's line; a collinear piece or touch needs an end within the
-// tolerance of the other line.  Non-finite or overflowing values never reject, so the
-// primitive still sees (and reports) them.
+// tolerance of the other line.  Non-finite or huge values never reject, so the primitive still
+// sees (and reports) them.
 bool cannotMeet(const Point2d* a, const Point2d* b, double tol) {
-    const double reach = 2.0 * std::fabs(tol) + kRejectionMargin * largestMagnitude(a, b);
+    const double magnitude = largestMagnitude(a, b);
+    if (!(magnitude <= kLargestFilteredMagnitude)) return false;
+    const double reach = 2.0 * std::fabs(tol) + kRejectionMargin * magnitude;
     return boxesApart(a, b, reach) || endsBeyondLine(a, b, reach) || endsBeyondLine(b, a, reach);
 }
 
-// Intersects segment s with segment k of the polyline, appending with the polyline's abscissae
-// shifted by `along` (and the segment's by `alongSegment`); false when a primitive failed.
-bool intersectPair(const Point2d* s, const Point2d* polyline, int k, double along, double alongSegment,
-                   double tol, PointSink& points, StoredPoints& stored, OverlapSink& overlaps) {
+// Intersects segment s with segment k of the polyline, handing a point to `onPoint` and
+// appending a piece, with the polyline's abscissae shifted by `along` (and the segment's by
+// `alongSegment`); false when a primitive failed.
+template <typename OnPoint>
+bool intersectPairWith(const Point2d* s, const Point2d* polyline, int k, double along, double alongSegment,
+                       double tol, OnPoint onPoint, OverlapSink& overlaps) {
     if (cannotMeet(s, polyline + k, tol)) return true;
     int pointFound = 0;
     int overlapFound = 0;
@@ -278,7 +317,7 @@ bool intersectPair(const Point2d* s, const Point2d* polyline, int k, double alon
     UTMAT_CalculerIntersectionSegmentSegment(s, polyline + k, tol, &pointFound, &p, &t1, &t2,
                                              &overlapFound, ends, on1, on2);
     if (failed()) return false;
-    if (pointFound != 0) appendPoint(points, stored, p, t1 + alongSegment, t2 + along);
+    if (pointFound != 0) onPoint(p, t1 + alongSegment, t2 + along);
     if (overlapFound != 0) {
         const double a1[2] = {on1[0] + alongSegment, on1[1] + alongSegment};
         const double a2[2] = {on2[0] + along, on2[1] + along};
@@ -286,6 +325,56 @@ bool intersectPair(const Point2d* s, const Point2d* polyline, int k, double alon
     }
     return true;
 }
+
+bool intersectPair(const Point2d* s, const Point2d* polyline, int k, double along, double alongSegment,
+                   double tol, PointSink& points, StoredPoints& stored, OverlapSink& overlaps) {
+    const auto append = [&](const Point2d& p, double on1, double on2) { appendPoint(points, stored, p, on1, on2); };
+    return intersectPairWith(s, polyline, k, along, alongSegment, tol, append, overlaps);
+}
+
+// Points waiting a few crossings for their duplicate test while the memory that test reads is
+// fetched; they are appended in the order found, each tested against all points before it.
+class DeferredPoints {
+public:
+    DeferredPoints(PointSink& sink, StoredPoints& stored) : sink_(sink), stored_(stored) {}
+    DeferredPoints(const DeferredPoints&) = delete;
+    DeferredPoints& operator=(const DeferredPoints&) = delete;
+    ~DeferredPoints() { flush(); }
+
+    void push(const Point2d& p, double on1, double on2) {
+        if (!sink_.wanted()) {  // counted, not stored: nothing to wait for
+            appendPoint(sink_, stored_, p, on1, on2);
+            return;
+        }
+        stored_.prefetch(p);
+        if (size_ == kDepth) popOldest();
+        waiting_[(first_ + size_) % kDepth] = {p, on1, on2};
+        ++size_;
+    }
+    void flush() {
+        while (size_ > 0) popOldest();
+    }
+
+private:
+    static constexpr int kDepth = 8;
+    struct Waiting {
+        Point2d point;
+        double on1;
+        double on2;
+    };
+    void popOldest() {
+        const Waiting& w = waiting_[first_];
+        appendPoint(sink_, stored_, w.point, w.on1, w.on2);
+        first_ = (first_ + 1) % kDepth;
+        --size_;
+    }
+
+    PointSink& sink_;
+    StoredPoints& stored_;
+    Waiting waiting_[kDepth];
+    int first_ = 0;
+    int size_ = 0;
+};
 
 bool bothComplete(const PointSink& points, const OverlapSink& overlaps) {
     return *points.found != 0 && *overlaps.found != 0 && points.full() && overlaps.full();
@@ -589,6 +678,14 @@ private:
 // only make it miss pairs.
 void walkByAbscissae(const UtDonneesIntersection& r, Sinks& out) {
     StoredPoints stored(r.tol, std::fmax(coordinateScale(r.pts1, r.n1), coordinateScale(r.pts2, r.n2)));
+    DeferredPoints deferred(out.points, stored);  // appends what waits when the walk ends
+    const auto defer = [&](const Point2d& p, double on1, double on2) { deferred.push(p, on1, on2); };
+    // The early stop needs exact counts: waiting points are appended first.
+    const auto complete = [&] {
+        if (*out.overlaps.found == 0 || !out.overlaps.full()) return false;
+        deferred.flush();
+        return bothComplete(out.points, out.overlaps);
+    };
     AbscissaCursor one(r.pts1, r.abs1, r.n1);
     AbscissaCursor two(r.pts2, r.abs2, r.n2);
     while (one.left() && two.left()) {
@@ -597,11 +694,11 @@ void walkByAbscissae(const UtDonneesIntersection& r, Sinks& out) {
         while (two.left() && two.end() < one.start()) two.advance();
         if (!two.left()) return;
         if (!one.zeroLength() && !two.zeroLength()) {
-            if (!intersectPair(one.segment(), r.pts2, two.index(), two.along(), one.along(), r.tol, out.points,
-                               stored, out.overlaps)) {
+            if (!intersectPairWith(one.segment(), r.pts2, two.index(), two.along(), one.along(), r.tol, defer,
+                                   out.overlaps)) {
                 return;
             }
-            if (bothComplete(out.points, out.overlaps)) return;
+            if (complete()) return;
         }
         if (two.end() < one.end()) {
             two.advance();
