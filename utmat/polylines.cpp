@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <numeric>
 
 #include "base/boundary.hpp"
 #include "base/heap.hpp"
@@ -672,10 +673,13 @@ private:
     double along_ = 0.0;
 };
 
-// Intersects only the pairs of segments whose reference-abscissa intervals can overlap, in one
-// merge walk over both polylines: every step moves one cursor on, so at most n1 + n2 - 3 pairs
-// are seen and each at most once.  Abscissae out of order or NaN cannot stop the walk; they
-// only make it miss pairs.
+// Intersects exactly the pairs of segments whose closed reference-abscissa intervals overlap,
+// in one merge walk: for each segment of polyline 1 in order, the segments of polyline 2 that
+// end before it starts are left behind for good, and those from there on that start before it
+// ends are intersected in order.  For profiles (no common vertical runs) every segment of
+// polyline 2 is seen about twice, so the walk is linear; a run of k segments of zero abscissa
+// length on both polylines at one abscissa adds up to k * k pairs, all of which can meet.
+// Abscissae out of order or NaN cannot make the walk loop; they only make it miss pairs.
 void walkByAbscissae(const UtDonneesIntersection& r, Sinks& out) {
     StoredPoints stored(r.tol, std::fmax(coordinateScale(r.pts1, r.n1), coordinateScale(r.pts2, r.n2)));
     DeferredPoints deferred(out.points, stored);  // appends what waits when the walk ends
@@ -686,24 +690,17 @@ void walkByAbscissae(const UtDonneesIntersection& r, Sinks& out) {
         deferred.flush();
         return bothComplete(out.points, out.overlaps);
     };
-    AbscissaCursor one(r.pts1, r.abs1, r.n1);
     AbscissaCursor two(r.pts2, r.abs2, r.n2);
-    while (one.left() && two.left()) {
-        while (one.left() && one.end() < two.start()) one.advance();
-        if (!one.left()) return;
+    for (AbscissaCursor one(r.pts1, r.abs1, r.n1); one.left() && two.left(); one.advance()) {
         while (two.left() && two.end() < one.start()) two.advance();
-        if (!two.left()) return;
-        if (!one.zeroLength() && !two.zeroLength()) {
-            if (!intersectPairWith(one.segment(), r.pts2, two.index(), two.along(), one.along(), r.tol, defer,
+        if (one.zeroLength()) continue;
+        for (AbscissaCursor k = two; k.left() && k.start() <= one.end(); k.advance()) {
+            if (k.zeroLength()) continue;
+            if (!intersectPairWith(one.segment(), r.pts2, k.index(), k.along(), one.along(), r.tol, defer,
                                    out.overlaps)) {
                 return;
             }
             if (complete()) return;
-        }
-        if (two.end() < one.end()) {
-            two.advance();
-        } else {
-            one.advance();
         }
     }
 }
@@ -876,9 +873,8 @@ bool makePart(Point2d** out, const Point2d* from, int count, const Point2d* cutF
 constexpr int kBoundaryDepthLimit = 60;
 // ... and makes at most this many midpoint tests per contour point.
 constexpr int kBoundaryTestsPerPoint = 60;
-// A piece whose midpoint reads as boundary without lying along it is classified by its points
-// at 1/4, 3/4, 1/8, ... down to 1/2^this.
-constexpr int kSamplingLevels = 5;
+// Probe points of a piece: at 1/2, 1/3, 2/3, 1/4, 3/4, 1/5, ... up to twelfths.
+constexpr int kLargestProbeDenominator = 12;
 
 enum class Place { inside, outside, boundary };
 
@@ -888,19 +884,83 @@ struct ContourView {
     double tol;
 };
 
+// (x, y) -> (y, -x): exact, and the contour's region turns with it.
+Point2d quarterTurn(const Point2d& p) { return {p.y, -p.x}; }
+
+// The crossing-number test counts an edge that is level at the calculation precision as one
+// crossing wherever the ray runs within the tolerance of its height, which misplaces points
+// level with such an edge.  A point is a clean probe when it lies off every such band.
+bool offLevelBands(const Point2d& p, const ContourView& c) {
+    const double precision = kb::utmat::calculationPrecision();
+    const double margin = 2.0 * std::fabs(c.tol) + 1e-12 * (1.0 + std::fabs(p.y));
+    for (int i = 0; i + 1 < c.n; ++i) {
+        const Point2d& a = c.points[i];
+        const Point2d& b = c.points[i + 1];
+        if (!UTMAT_Egal(a.y, b.y, precision)) continue;
+        if (!(p.y < std::min(a.y, b.y) - margin || p.y > std::max(a.y, b.y) + margin)) return false;
+    }
+    return true;
+}
+
 Place placeOf(const Point2d& p, const ContourView& c) {
     const int where = UTMAT_PointDansContour(&p, c.points, c.n, c.tol);
     return where < 0 ? Place::boundary : (where == 1 ? Place::inside : Place::outside);
+}
+
+// The contour as given and turned a quarter turn: a point level with a level edge of the one
+// is read in the other, where its ray runs the other way.
+struct ContourFrames {
+    ContourView plain;
+    kb::Vector<Point2d> turnedPoints;
+    ContourView turned;
+    ContourFrames(const ContourFrames&) = delete;  // `turned` points into `turnedPoints`
+    ContourFrames& operator=(const ContourFrames&) = delete;
+    explicit ContourFrames(const ContourView& c) : plain(c), turned{nullptr, c.n, c.tol} {
+        turnedPoints.reserve(static_cast<std::size_t>(c.n > 0 ? c.n : 0));
+        for (int i = 0; i < c.n; ++i) turnedPoints.push_back(quarterTurn(c.points[i]));
+        turned.points = turnedPoints.data();
+    }
+};
+
+// The place of p when one of the two frames gives it a clean ray.
+bool cleanPlace(const Point2d& p, const ContourFrames& f, Place& out) {
+    if (offLevelBands(p, f.plain)) {
+        out = placeOf(p, f.plain);
+        return true;
+    }
+    const Point2d q = quarterTurn(p);
+    if (offLevelBands(q, f.turned)) {
+        out = placeOf(q, f.turned);
+        return true;
+    }
+    return false;
+}
+
+// The place of a point: clean if possible, else as the test reads it.
+Place placeOfPoint(const Point2d& p, const ContourFrames& f) {
+    Place place = Place::boundary;
+    return cleanPlace(p, f, place) ? place : placeOf(p, f.plain);
+}
+
+Point2d pointAt(const Point2d& a, const Point2d& b, double fraction) {
+    return {a.x + (b.x - a.x) * fraction, a.y + (b.y - a.y) * fraction};
+}
+
+// Visits the probe fractions in order until `visit` answers true; false if it never does.
+template <typename Visit>
+bool anyProbeFraction(Visit visit) {
+    for (int d = 2; d <= kLargestProbeDenominator; ++d) {
+        for (int k = 1; k < d; ++k) {
+            if (std::gcd(k, d) == 1 && visit(static_cast<double>(k) / d)) return true;
+        }
+    }
+    return false;
 }
 
 // The contour edge that holds p (the first one), or -1 when p is off the boundary.
 int edgeHolding(const Point2d& p, const ContourView& c) {
     const int where = UTMAT_PointDansContour(&p, c.points, c.n, c.tol);
     return where < 0 ? -where - 1 : -1;
-}
-
-Point2d pointAt(const Point2d& a, const Point2d& b, double fraction) {
-    return {a.x + (b.x - a.x) * fraction, a.y + (b.y - a.y) * fraction};
 }
 
 // 1 when the piece a-b runs along the boundary: both ends on it and, when they are on
@@ -921,19 +981,24 @@ bool alongBoundary(const Point2d& a, const Point2d& b, const ContourView& c) {
     return alongBoundary(a, edgeHolding(a, c), b, edgeHolding(b, c), c, 0, testsLeft);
 }
 
-// The place of the piece a-b, which the boundary does not cross.
-Place placeOfPiece(const Point2d& a, const Point2d& b, const ContourView& c) {
-    const Place middle = placeOf(pointAt(a, b, 0.5), c);
-    if (middle != Place::boundary || alongBoundary(a, b, c)) return middle;
-    // Near the boundary only at the tolerance: the first sample off it decides.
-    for (int level = 2; level <= kSamplingLevels; ++level) {
-        const int parts = 1 << level;
-        for (int j = 1; j < parts; j += 2) {
-            const Place sample = placeOf(pointAt(a, b, static_cast<double>(j) / parts), c);
-            if (sample != Place::boundary) return sample;
-        }
+// The place of the piece a-b, which the boundary does not cross: read at its first clean
+// probe; a probe on the boundary stands for the piece only when the piece runs along it,
+// otherwise (the piece is near the boundary only at the tolerance) the first clean probe off
+// the boundary decides.
+Place placeOfPiece(const Point2d& a, const Point2d& b, const ContourFrames& f) {
+    Place first = Place::boundary;
+    if (!anyProbeFraction([&](double t) { return cleanPlace(pointAt(a, b, t), f, first); })) {
+        first = placeOf(pointAt(a, b, 0.5), f.plain);
     }
-    return Place::boundary;
+    if (first != Place::boundary || alongBoundary(a, b, f.plain)) return first;
+    Place off = Place::boundary;
+    anyProbeFraction([&](double t) {
+        Place p = Place::boundary;
+        if (!cleanPlace(pointAt(a, b, t), f, p) || p == Place::boundary) return false;
+        off = p;
+        return true;
+    });
+    return off;
 }
 
 // The abscissae along the segment where it meets the contour, with both ends, in order.
@@ -957,29 +1022,27 @@ kb::Vector<double> cutsAlong(const Point2d* segment, const ContourView& c) {
     return cuts;
 }
 
+int resultFor(Place p) {
+    return p == Place::inside ? UTMAT_SEGMENT_INSIDE
+                              : (p == Place::outside ? UTMAT_SEGMENT_OUTSIDE : UTMAT_SEGMENT_ON_BOUNDARY);
+}
+
 int segmentPlace(const Point2d* segment, const ContourView& c) {
     const Point2d& a = segment[0];
     const Point2d& b = segment[1];
-    if (zeroLength(segment)) {
-        const Place p = placeOf(a, c);
-        return p == Place::inside ? UTMAT_SEGMENT_INSIDE
-                                  : (p == Place::outside ? UTMAT_SEGMENT_OUTSIDE : UTMAT_SEGMENT_ON_BOUNDARY);
-    }
+    const ContourFrames frames(c);
+    if (zeroLength(segment)) return resultFor(placeOfPoint(a, frames));
     if (alongBoundary(a, b, c)) return UTMAT_SEGMENT_ON_BOUNDARY;
     const kb::Vector<double> cuts = cutsAlong(segment, c);
     if (failed()) return UTMAT_SEGMENT_FAILED;
     const double length = cuts.back();
     bool inside = false;
     bool outside = false;
-    const auto note = [&](Place p) {
-        inside = inside || p == Place::inside;
-        outside = outside || p == Place::outside;
-    };
-    note(placeOf(a, c));
-    note(placeOf(b, c));
     for (std::size_t j = 0; j + 1 < cuts.size() && !(inside && outside); ++j) {
         if (!(cuts[j + 1] > cuts[j])) continue;
-        note(placeOfPiece(pointAt(a, b, cuts[j] / length), pointAt(a, b, cuts[j + 1] / length), c));
+        const Place p = placeOfPiece(pointAt(a, b, cuts[j] / length), pointAt(a, b, cuts[j + 1] / length), frames);
+        inside = inside || p == Place::inside;
+        outside = outside || p == Place::outside;
     }
     if (inside && outside) return UTMAT_SEGMENT_CROSSES;
     if (inside) return UTMAT_SEGMENT_INSIDE;

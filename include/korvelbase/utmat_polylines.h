@@ -57,17 +57,19 @@ KB_API void UTMAT_CalculerIntersectionPolylignePolyligne(
     Point2d* overlapPoints, double* overlapAbscissae1, double* overlapAbscissae2) KB_NOEXCEPT;
 
 /**
- * The same results as UTMAT_CalculerIntersectionPolylignePolyligne, found by a merge walk over
- * reference abscissae: request->abs1 and request->abs2 give one abscissa per point of each
- * polyline along a common reference (a chainage), non-decreasing.  Only segment pairs whose
- * abscissa intervals overlap are intersected (closed intervals, exact comparisons): segments of
- * polyline 1 ending before the start of the current segment of polyline 2 are passed, then
- * those of polyline 2 ending before the current one of polyline 1; after each pair the
- * polyline whose segment ends first moves on (polyline 1 on ties).  Abscissae reported are the
- * curvilinear ones (plan length from the first point, zero-length segments skipped), as in the
- * full walk.  Results are in walk order; there is no per-segment limit of 50.  Cost: linear,
- * at most n1 + n2 - 3 segment pairs.  Null abscissa arrays: ERR_FAILURE.  Abscissae that
- * decrease or are NaN cannot make the walk loop; they only make it miss pairs.
+ * The intersections of two polylines found by a merge walk over reference abscissae:
+ * request->abs1 and request->abs2 give one abscissa per point of each polyline along a common
+ * reference (a chainage), non-decreasing.  Exactly the segment pairs whose closed abscissa
+ * intervals overlap are intersected (exact comparisons), in order of polyline 1's segments and,
+ * within one, of polyline 2's; segments of polyline 2 that end before the current segment of
+ * polyline 1 starts are left behind.  Abscissae reported are the curvilinear ones (plan length
+ * from the first point, zero-length segments skipped), points are deduplicated and results
+ * appended, counted and cut at the capacity as in UTMAT_CalculerIntersectionPolylignePolyligne,
+ * without its limit of 50 per segment; for profiles (abscissa = x) the results are those of
+ * the full walk.  Cost: linear for profiles (each segment of polyline 2 is met about twice);
+ * segments of zero abscissa length at one abscissa on both polylines add the product of their
+ * numbers.  Null abscissa arrays: ERR_FAILURE.  Abscissae that decrease or are NaN cannot make
+ * the walk loop; they only make it miss pairs.
  */
 KB_API void UTMAT_CalculerIntersectionPolylignePolyligneAvecAbscisses(
     const UtDonneesIntersection* request, int* pointFound, int* pointCount, Point2d* points,
@@ -140,14 +142,16 @@ KB_API void UTMAT_SegmenterPolyligne(const Point2d* polyline, int n, const Point
 #define UTMAT_SEGMENT_ON_BOUNDARY 4 /* wholly on the boundary */
 
 /**
- * Where a segment (two Point2d) lies against a closed contour, the region being the one of
- * UTMAT_PointDansContour (even-odd crossings over the n - 1 segments given: repeat the first
- * point at the end).  The segment is cut wherever it meets the contour (its intersections
- * with the contour polyline at tol) and each piece is placed by its midpoint with
- * UTMAT_PointDansContour; a piece whose midpoint is on the boundary is confirmed by the
- * recursive boundary test (both ends on the boundary and, when they lie on different edges,
- * both halves in turn), or else placed by its first point off the boundary among those at
- * 1/4, 3/4, 1/8, ... 31/32 of it.  The ends count too.  A segment of zero length is placed as
+ * Where a segment (two Point2d) lies against the region enclosed by a contour (even-odd rule
+ * over the n - 1 segments given, as UTMAT_PointDansContour: repeat the first point at the
+ * end; the boundary is taken at the tolerance).  The segment is cut wherever it meets the contour (its intersections
+ * with the contour polyline at tol) and each piece is placed with UTMAT_PointDansContour at a
+ * probe point (1/2, 1/3, 2/3, 1/4, ... 11/12 of the piece, the first whose ray passes no
+ * level contour edge within the tolerance, the contour being turned a quarter turn for a
+ * probe level with such an edge, since the test counts a level edge as one crossing).  A probe
+ * on the boundary is confirmed by the recursive boundary test (both ends of the piece on the
+ * boundary and, when they lie on different edges, both halves in turn), or else the first
+ * probe off the boundary decides.  A segment of zero length is placed as
  * its point.  Bounds: the boundary test halves at most 60 times (a piece is then 2^-60 of the
  * segment and counts as on the boundary) and makes at most 60 (n + 2) midpoint tests (beyond
  * them it answers "not along the boundary").  Cost: O(n) for the cuts plus O(n) per piece and
