@@ -41,8 +41,9 @@ void prefetchLine(const void* address) {
 class StoredPoints {
 public:
     // `scale`: the largest coordinate magnitude the points can have.  Cells are never narrower
-    // than scale * 2^-30, so cell indices stay exact 32-bit integers.
-    StoredPoints(double tol, double scale) : tol_(std::fabs(tol)) {
+    // than scale * 2^-30, so cell indices stay exact 32-bit integers.  `keptIn`: where the
+    // caller keeps the points added (point k at keptIn[k]), or null to keep copies here.
+    StoredPoints(double tol, double scale, const Point2d* keptIn) : tol_(std::fabs(tol)), keptIn_(keptIn) {
         const double width = std::fmax(2.0 * tol_ * (1.0 + kWidthSlack), std::fabs(scale) * kSmallestCellFraction);
         width_ = width > 0.0 ? width : 1.0;
         hashed_ = std::isfinite(width_) && std::isfinite(tol_);
@@ -52,9 +53,9 @@ public:
     bool containsNear(const Point2d& p) const {
         if (std::isnan(tol_)) return false;  // nothing is identical at a NaN tolerance
         for (const int k : unhashed_) {
-            if (identical(p, stored_[static_cast<std::size_t>(k)].point)) return true;
+            if (identical(p, pointAt(k))) return true;
         }
-        if (stored_.empty() || !hashed_) return false;
+        if (next_.empty() || !hashed_) return false;
         // The cells of the square of half side `reach_` around p: one or two per axis.
         long long x0 = 0, x1 = 0, y0 = 0, y1 = 0;
         if (!cellIndex(p.x - reach_, x0) || !cellIndex(p.x + reach_, x1) || !cellIndex(p.y - reach_, y0) ||
@@ -66,10 +67,8 @@ public:
             for (long long gy = y0; gy <= y1; ++gy) {
                 const std::uint64_t h = hashOf(gx, gy);
                 if (!marked(h)) continue;
-                for (int k = buckets_[bucketOf(h)]; k >= 0;) {
-                    const Entry& e = stored_[static_cast<std::size_t>(k)];
-                    if (identical(p, e.point)) return true;
-                    k = e.next;
+                for (int k = buckets_[bucketOf(h)]; k >= 0; k = next_[static_cast<std::size_t>(k)]) {
+                    if (identical(p, pointAt(k))) return true;
                 }
             }
         }
@@ -86,15 +85,18 @@ public:
         prefetchLine(&buckets_[bucketOf(h)]);
     }
 
+    // Adds the next point (its index is the number of points added before it).
     void add(const Point2d& p) {
-        if (std::isnan(p.x) || std::isnan(p.y)) return;  // never identical to anything
         long long cx = 0, cy = 0;
-        const bool hashable = hashed_ && cellIndex(p.x, cx) && cellIndex(p.y, cy);
+        const bool filed = !std::isnan(p.x) && !std::isnan(p.y);  // a NaN point is never identical
+        const bool hashable = filed && hashed_ && cellIndex(p.x, cx) && cellIndex(p.y, cy);
         if (hashable && hashedCount_ + 1 > buckets_.size()) {
-            rehash(std::max(kInitialBuckets, 2 * buckets_.size()));
+            rehash(std::max(kInitialBuckets, 2 * buckets_.size()));  // before the new point is counted
         }
-        const int index = static_cast<int>(stored_.size());
-        stored_.push_back({p, -1});
+        const int index = static_cast<int>(next_.size());
+        next_.push_back(-1);
+        if (keptIn_ == nullptr) copies_.push_back(p);
+        if (!filed) return;
         if (!hashable) {
             unhashed_.push_back(index);
             return;
@@ -114,17 +116,15 @@ private:
     static constexpr std::size_t kInitialBuckets = 64;
     static constexpr std::size_t kBitsPerBucket = 8;
 
-    struct Entry {
-        Point2d point;
-        int next;  // the next point of the same bucket; -1 ends the chain
-    };
-
     bool identical(const Point2d& p, const Point2d& q) const {
         return kb::utmat::norm(kb::utmat::difference(p, q)) <= tol_;
     }
+    const Point2d& pointAt(int k) const {
+        return keptIn_ != nullptr ? keptIn_[k] : copies_[static_cast<std::size_t>(k)];
+    }
     bool scanAll(const Point2d& p) const {
-        for (const Entry& e : stored_) {
-            if (identical(p, e.point)) return true;
+        for (int k = 0; k < static_cast<int>(next_.size()); ++k) {
+            if (identical(p, pointAt(k))) return true;
         }
         return false;
     }
@@ -153,17 +153,16 @@ private:
         const std::size_t bit = bitOf(h);
         inUse_[bit / 64] |= std::uint64_t{1} << (bit % 64);
         int& head = buckets_[bucketOf(h)];
-        stored_[static_cast<std::size_t>(index)].next = head;
+        next_[static_cast<std::size_t>(index)] = head;
         head = index;
     }
     void rehash(std::size_t count) {
         buckets_.assign(count, -1);
         inUse_.assign(kBitsPerBucket * count / 64, 0);
-        for (std::size_t k = 0; k < stored_.size(); ++k) {
+        for (int k = 0; k < static_cast<int>(next_.size()); ++k) {
+            const Point2d& p = pointAt(k);
             long long cx = 0, cy = 0;
-            if (cellIndex(stored_[k].point.x, cx) && cellIndex(stored_[k].point.y, cy)) {
-                file(static_cast<int>(k), cx, cy);
-            }
+            if (!std::isnan(p.x) && !std::isnan(p.y) && cellIndex(p.x, cx) && cellIndex(p.y, cy)) file(k, cx, cy);
         }
     }
 
@@ -171,7 +170,9 @@ private:
     double width_ = 1.0;
     double reach_ = 0.0;
     bool hashed_ = false;
-    kb::Vector<Entry> stored_;
+    const Point2d* keptIn_;
+    kb::Vector<Point2d> copies_;  // the points, when the caller does not keep them
+    kb::Vector<int> next_;        // per point: the next point of the same bucket; -1 ends the chain
     kb::Vector<int> unhashed_;  // points kept outside the cells
     kb::Vector<int> buckets_;   // first point of each bucket's chain; a power of two long
     kb::Vector<std::uint64_t> inUse_;  // one bit per (cell hash modulo 8 buckets) in use
@@ -597,7 +598,7 @@ void runGuarded(Body&& body) noexcept {
 // A segment with every segment of a polyline, in order.
 void segmentAgainstPolyline(const Point2d* segment, const Point2d* polyline, int n, double tol, Sinks& out) {
     if (polyline == nullptr || n < 2) return;
-    StoredPoints stored(tol, std::fmax(coordinateScale(segment, 2), coordinateScale(polyline, n)));
+    StoredPoints stored(tol, std::fmax(coordinateScale(segment, 2), coordinateScale(polyline, n)), out.points.points);
     const kb::Vector<double> starts = segmentStarts(polyline, n);
     segmentWithPolyline(segment, polyline, n, starts, nullptr, 0.0, tol, out.points, stored, out.overlaps);
 }
@@ -608,7 +609,7 @@ void segmentAgainstPolyline(const Point2d* segment, const Point2d* polyline, int
 void polylineAgainstPolyline(const Point2d* pts1, int n1, const Point2d* pts2, int n2, double tol, Sinks& out) {
     if (pts1 == nullptr || pts2 == nullptr || n1 < 2 || n2 < 2) return;
     const double scale = std::fmax(coordinateScale(pts1, n1), coordinateScale(pts2, n2));
-    StoredPoints stored(tol, scale);
+    StoredPoints stored(tol, scale, out.points.points);
     const kb::Vector<double> starts2 = segmentStarts(pts2, n2);
     const SegmentGrid grid(pts2, n2, std::fabs(tol));
     kb::Vector<int> candidates;
@@ -625,7 +626,7 @@ void polylineAgainstPolyline(const Point2d* pts1, int n1, const Point2d* pts2, i
         PointSink scratch{&scratchFound, &scratchCount, scratchPoints, scratchOn1, scratchOn2, kScratchCapacity};
         OverlapSink scratchOverlaps{&scratchOverlapFound, &scratchOverlapCount, scratchEnds, scratchEndsOn1,
                                     scratchEndsOn2, kScratchCapacity};
-        StoredPoints scratchStored(tol, scale);
+        StoredPoints scratchStored(tol, scale, scratch.points);
         grid.candidates(boxOf(s[0], s[1], std::fabs(tol)), candidates);
         segmentWithPolyline(s, pts2, n2, starts2, &candidates, 0.0, tol, scratch, scratchStored, scratchOverlaps);
         if (failed()) return;
@@ -644,32 +645,40 @@ void polylineAgainstPolyline(const Point2d* pts1, int n1, const Point2d* pts2, i
 }
 
 // One polyline's place in the walk by reference abscissae: its current segment, that
-// segment's plan length, and the summed plan length of the segments left behind.
+// segment's plan length (measured when first needed), and the summed plan length of the
+// segments left behind.
 class AbscissaCursor {
 public:
     AbscissaCursor(const Point2d* points, const double* abscissae, int n)
-        : points_(points), abscissae_(abscissae), segments_(n - 1) {
-        length_ = left() ? planLength(points_) : 0.0;
-    }
+        : points_(points), abscissae_(abscissae), segments_(n - 1) {}
     bool left() const { return index_ < segments_; }
     int index() const { return index_; }
     const Point2d* segment() const { return points_ + index_; }
-    bool zeroLength() const { return length_ == 0.0; }  // as ::zeroLength, computed once
+    bool zeroLength() { return length() == 0.0; }  // as ::zeroLength
     double along() const { return along_; }
     double start() const { return abscissae_[index_]; }
     double end() const { return abscissae_[index_ + 1]; }
     void advance() {
-        along_ += length_;
+        along_ += length();
         ++index_;
-        length_ = left() ? planLength(segment()) : 0.0;
+        measured_ = false;
     }
 
 private:
+    double length() {
+        if (!measured_) {
+            length_ = planLength(segment());
+            measured_ = true;
+        }
+        return length_;
+    }
+
     const Point2d* points_;
     const double* abscissae_;
     int segments_;
     int index_ = 0;
     double length_ = 0.0;
+    bool measured_ = false;
     double along_ = 0.0;
 };
 
@@ -681,7 +690,8 @@ private:
 // length on both polylines at one abscissa adds up to k * k pairs, all of which can meet.
 // Abscissae out of order or NaN cannot make the walk loop; they only make it miss pairs.
 void walkByAbscissae(const UtDonneesIntersection& r, Sinks& out) {
-    StoredPoints stored(r.tol, std::fmax(coordinateScale(r.pts1, r.n1), coordinateScale(r.pts2, r.n2)));
+    StoredPoints stored(r.tol, std::fmax(coordinateScale(r.pts1, r.n1), coordinateScale(r.pts2, r.n2)),
+                        out.points.points);
     DeferredPoints deferred(out.points, stored);  // appends what waits when the walk ends
     const auto defer = [&](const Point2d& p, double on1, double on2) { deferred.push(p, on1, on2); };
     // The early stop needs exact counts: waiting points are appended first.
