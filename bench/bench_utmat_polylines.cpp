@@ -24,7 +24,7 @@ namespace {
 constexpr double kTolerance = 1e-6;
 // Noise on each profile against the step of the shared walk: tuned so that two 1,000,000-vertex
 // profiles cross about 530,000 times.
-constexpr double kSharedStep = 1.15;
+constexpr double kSharedStep = 0.3;
 constexpr double kNoise = 0.9;
 
 struct Profiles {
