@@ -1,5 +1,7 @@
-// Polyline intersections (segment with polyline, polyline with polyline) and the filling of
-// unknown elevations along a 3-D polyline.
+// Polyline queries: intersections (segment with polyline, polyline with polyline through a grid
+// or by reference abscissae), the nearest and the first intersection, points on polylines and
+// in contours, segments in contours, cutting a profile, and the filling of unknown elevations
+// along a 3-D polyline.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
