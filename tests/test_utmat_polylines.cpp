@@ -3,6 +3,7 @@
 // against exact grades, parabolas and cubics.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -220,4 +221,484 @@ TEST(UtmatPolylines, PointInContourAgreesWithEvenOddAndNamesBoundarySegments) {
     EXPECT_EQ(second, 2);
     UTMAT_PointSurPolyligne(line.data(), 3, &off, 1e-9, &first, &second);
     EXPECT_EQ(first, -1);
+}
+
+// ---- the abscissa walk, nearest and first intersections, profile cuts, segments in contours ----
+
+#include "korvelbase/blockarray.h"
+
+namespace {
+
+struct Crossing {
+    Point2d point;
+    double on1, on2;
+};
+
+double lengthOf(Point2d a, Point2d b) { return std::hypot(b.x - a.x, b.y - a.y); }
+double crossOf(double ax, double ay, double bx, double by) { return ax * by - ay * bx; }
+
+// Every crossing of two polylines by plain parametric intersection of every pair of segments,
+// in pair order, with curvilinear abscissae on both (independent of the library).
+std::vector<Crossing> allCrossings(const std::vector<Point2d>& a, const std::vector<Point2d>& b) {
+    std::vector<Crossing> out;
+    double along1 = 0.0;
+    for (std::size_t i = 0; i + 1 < a.size(); ++i) {
+        const double ux = a[i + 1].x - a[i].x, uy = a[i + 1].y - a[i].y;
+        double along2 = 0.0;
+        for (std::size_t k = 0; k + 1 < b.size(); ++k) {
+            const double vx = b[k + 1].x - b[k].x, vy = b[k + 1].y - b[k].y;
+            const double wx = b[k].x - a[i].x, wy = b[k].y - a[i].y;
+            const double det = crossOf(ux, uy, vx, vy);
+            if (det != 0.0) {
+                const double s = crossOf(wx, wy, vx, vy) / det, t = crossOf(wx, wy, ux, uy) / det;
+                if (s >= 0.0 && s <= 1.0 && t >= 0.0 && t <= 1.0) {
+                    out.push_back({{a[i].x + s * ux, a[i].y + s * uy},
+                                   along1 + s * lengthOf(a[i], a[i + 1]),
+                                   along2 + t * lengthOf(b[k], b[k + 1])});
+                }
+            }
+            along2 += lengthOf(b[k], b[k + 1]);
+        }
+        along1 += lengthOf(a[i], a[i + 1]);
+    }
+    return out;
+}
+
+// A profile: increasing x from x0 in random steps, y a random walk.
+std::vector<Point2d> randomProfile(int n, double x0, std::mt19937& random) {
+    std::uniform_real_distribution<double> step(0.5, 2.0), rise(-3.0, 3.0);
+    std::vector<Point2d> p{{x0, 0.0}};
+    for (int i = 1; i < n; ++i) p.push_back({p.back().x + step(random), p.back().y + rise(random)});
+    return p;
+}
+
+std::vector<double> xOf(const std::vector<Point2d>& p) {
+    std::vector<double> x;
+    for (const Point2d& q : p) x.push_back(q.x);
+    return x;
+}
+
+uint32_t kernelError() {
+    uint32_t error = 0, detail = 0;
+    UTMAT_GetErreur(&error, &detail);
+    return error;
+}
+
+struct WalkResult {
+    int pointFound = -1, pointCount = -1, overlapFound = -1, overlapCount = -1;
+    std::vector<Point2d> points, overlapPoints;
+    std::vector<double> on1, on2, overlapOn1, overlapOn2;
+};
+
+// One of the two polyline-polyline queries on copies of the inputs.
+template <typename Query>
+WalkResult runQuery(Query query, std::vector<Point2d> a, std::vector<Point2d> b, double tol, int capacity,
+                    bool withAbscissae = true) {
+    std::vector<double> abs1 = xOf(a), abs2 = xOf(b);
+    UtDonneesIntersection request{a.data(), int(a.size()), b.data(), int(b.size()), tol, capacity,
+                                  withAbscissae ? abs1.data() : nullptr, withAbscissae ? abs2.data() : nullptr};
+    WalkResult r;
+    const std::size_t room = static_cast<std::size_t>(std::max(capacity, 1));
+    r.points.resize(room);
+    r.on1.resize(room);
+    r.on2.resize(room);
+    r.overlapPoints.resize(2 * room);
+    r.overlapOn1.resize(2 * room);
+    r.overlapOn2.resize(2 * room);
+    query(&request, &r.pointFound, &r.pointCount, r.points.data(), r.on1.data(), r.on2.data(), &r.overlapFound,
+          &r.overlapCount, r.overlapPoints.data(), r.overlapOn1.data(), r.overlapOn2.data());
+    return r;
+}
+
+void expectSameResults(const WalkResult& walk, const WalkResult& full) {
+    ASSERT_EQ(walk.pointCount, full.pointCount);
+    EXPECT_EQ(walk.pointFound, full.pointFound);
+    for (int k = 0; k < walk.pointCount; ++k) {
+        EXPECT_EQ(walk.points[k].x, full.points[k].x) << k;
+        EXPECT_EQ(walk.points[k].y, full.points[k].y) << k;
+        EXPECT_EQ(walk.on1[k], full.on1[k]) << k;
+        EXPECT_EQ(walk.on2[k], full.on2[k]) << k;
+    }
+    ASSERT_EQ(walk.overlapCount, full.overlapCount);
+    EXPECT_EQ(walk.overlapFound, full.overlapFound);
+    for (int k = 0; k < 2 * walk.overlapCount; ++k) {
+        EXPECT_EQ(walk.overlapPoints[k].x, full.overlapPoints[k].x);
+        EXPECT_EQ(walk.overlapOn1[k], full.overlapOn1[k]);
+        EXPECT_EQ(walk.overlapOn2[k], full.overlapOn2[k]);
+    }
+}
+
+}  // namespace
+
+TEST(UtmatPolylines, AbscissaWalkOnProfilesFindsEveryCrossingOfTheFullWalk) {
+    std::mt19937 random(2024);
+    const double tol = 1e-9;
+    for (int trial = 0; trial < 30; ++trial) {
+        const std::vector<Point2d> a = randomProfile(40 + 7 * trial, 0.0, random);
+        const std::vector<Point2d> b = randomProfile(60, trial % 3 == 0 ? 0.0 : 0.37 * trial, random);
+        const WalkResult walk = runQuery(UTMAT_CalculerIntersectionPolylignePolyligneAvecAbscisses, a, b, tol, 1000);
+        EXPECT_EQ(kernelError(), 0u);
+        const WalkResult full = runQuery(UTMAT_CalculerIntersectionPolylignePolyligne, a, b, tol, 1000);
+        expectSameResults(walk, full);
+        // Against the plain computation: same crossings, same order, same curvilinear abscissae.
+        const std::vector<Crossing> expected = allCrossings(a, b);
+        ASSERT_EQ(walk.pointCount, int(expected.size())) << trial;
+        for (int k = 0; k < walk.pointCount; ++k) {
+            EXPECT_NEAR(walk.points[k].x, expected[k].point.x, 1e-9);
+            EXPECT_NEAR(walk.points[k].y, expected[k].point.y, 1e-9);
+            EXPECT_NEAR(walk.on1[k], expected[k].on1, 1e-9);
+            EXPECT_NEAR(walk.on2[k], expected[k].on2, 1e-9);
+        }
+        // A smaller capacity keeps the first crossings of the same list.
+        const WalkResult cut = runQuery(UTMAT_CalculerIntersectionPolylignePolyligneAvecAbscisses, a, b, tol, 3);
+        EXPECT_EQ(cut.pointCount, std::min(3, walk.pointCount));
+        for (int k = 0; k < cut.pointCount; ++k) EXPECT_EQ(cut.on1[k], walk.on1[k]);
+    }
+}
+
+TEST(UtmatPolylines, AbscissaWalkHandlesSharedVerticesOverlapsAndVerticalRuns) {
+    const double tol = 1e-9;
+    // Profile 2 passes exactly through a vertex of profile 1, runs along one of its segments,
+    // and profile 1 has a vertical step, as has profile 2 at the same abscissa.
+    const std::vector<Point2d> a = {{0, 0}, {2, 2}, {4, 0}, {6, 0}, {8, 0}, {8, 5}, {12, 5}};
+    const std::vector<Point2d> b = {{0, 4}, {2, 2}, {3, -1}, {5, 0}, {7, 0}, {7.5, 3}, {8, 3}, {8, 4}, {12, 6}};
+    const WalkResult walk = runQuery(UTMAT_CalculerIntersectionPolylignePolyligneAvecAbscisses, a, b, tol, 100);
+    const WalkResult full = runQuery(UTMAT_CalculerIntersectionPolylignePolyligne, a, b, tol, 100);
+    expectSameResults(walk, full);
+    EXPECT_EQ(walk.overlapCount, 3);  // (5, 0)-(6, 0), (6, 0)-(7, 0) and the common vertical (8, 3)-(8, 4)
+    int atSharedVertex = 0;
+    for (int k = 0; k < walk.pointCount; ++k) atSharedVertex += walk.points[k].x == 2 && walk.points[k].y == 2;
+    EXPECT_EQ(atSharedVertex, 1);
+    // Nothing but counts wanted: the walk stops once both kinds are found.
+    std::vector<Point2d> a2 = a, b2 = b;
+    std::vector<double> abs1 = xOf(a), abs2 = xOf(b);
+    UtDonneesIntersection request{a2.data(), int(a2.size()), b2.data(), int(b2.size()), tol, 0, abs1.data(), abs2.data()};
+    int pf = 0, pc = 0, of = 0, oc = 0;
+    UTMAT_CalculerIntersectionPolylignePolyligneAvecAbscisses(&request, &pf, &pc, nullptr, nullptr, nullptr, &of, &oc,
+                                                              nullptr, nullptr, nullptr);
+    EXPECT_EQ(pf, 1);
+    EXPECT_EQ(of, 1);
+    EXPECT_GE(pc, 1);
+    // Abscissae are required.
+    request.abs2 = nullptr;
+    UTMAT_CalculerIntersectionPolylignePolyligneAvecAbscisses(&request, &pf, &pc, nullptr, nullptr, nullptr, &of, &oc,
+                                                              nullptr, nullptr, nullptr);
+    EXPECT_EQ(kernelError(), uint32_t(ERR_FAILURE));
+}
+
+namespace {
+
+struct Nearest {
+    int isPoint = -1, isOverlapEnd = -1;
+    Point2d point{-7, -7};
+    double on1 = -7, on2 = -7;
+};
+
+}  // namespace
+
+TEST(UtmatPolylines, NearestAndFirstIntersectionsAreTheBruteForceMinima) {
+    std::mt19937 random(77);
+    std::uniform_real_distribution<double> coordinate(-30.0, 30.0);
+    const double tol = 1e-9;
+    for (int trial = 0; trial < 40; ++trial) {
+        const std::vector<Point2d> a = randomWalk(12, random, 10.0);
+        const std::vector<Point2d> b = randomWalk(25, random, 10.0);
+        const Point2d reference{coordinate(random), coordinate(random)};
+        const std::vector<Crossing> all = allCrossings(a, b);
+        ASSERT_LT(all.size(), 50u);
+        Nearest n;
+        UTMAT_CalculerIntersectionPolylignePolylignePlusProche(a.data(), int(a.size()), b.data(), int(b.size()), tol,
+                                                               &reference, 0, &n.point, &n.on1, &n.on2, &n.isPoint,
+                                                               &n.isOverlapEnd);
+        Nearest f;
+        UTMAT_CalculerPremiereIntersectionPolyligneAvecPolyligne(a.data(), int(a.size()), b.data(), int(b.size()), tol,
+                                                                 &f.point, &f.on1, &f.on2, &f.isPoint, &f.isOverlapEnd);
+        EXPECT_EQ(n.isOverlapEnd, 0);
+        EXPECT_EQ(f.isOverlapEnd, 0);
+        if (all.empty()) {
+            EXPECT_EQ(n.isPoint, 0);
+            EXPECT_EQ(f.isPoint, 0);
+            EXPECT_EQ(n.on1, -7);  // untouched
+            continue;
+        }
+        std::size_t nearest = 0, first = 0;
+        for (std::size_t k = 1; k < all.size(); ++k) {
+            const auto d = [&](std::size_t j) { return std::hypot(all[j].point.x - reference.x, all[j].point.y - reference.y); };
+            if (d(k) < d(nearest)) nearest = k;
+            if (all[k].on1 < all[first].on1) first = k;
+        }
+        EXPECT_EQ(n.isPoint, 1);
+        EXPECT_NEAR(n.point.x, all[nearest].point.x, 1e-9);
+        EXPECT_NEAR(n.point.y, all[nearest].point.y, 1e-9);
+        EXPECT_NEAR(n.on1, all[nearest].on1, 1e-9);
+        EXPECT_NEAR(n.on2, all[nearest].on2, 1e-9);
+        EXPECT_EQ(f.isPoint, 1);
+        EXPECT_NEAR(f.on1, all[first].on1, 1e-9);
+        EXPECT_NEAR(f.on2, all[first].on2, 1e-9);
+        EXPECT_NEAR(f.point.x, all[first].point.x, 1e-9);
+        // The segment form: segment 0 of polyline 1 against polyline 2.
+        const std::vector<Point2d> segment = {a[0], a[1]};
+        const std::vector<Crossing> onSegment = allCrossings(segment, b);
+        Nearest s;
+        UTMAT_CalculerIntersectionSegmentPolylignePlusProche(segment.data(), b.data(), int(b.size()), tol, &reference, 0,
+                                                             &s.point, &s.on1, &s.on2, &s.isPoint, &s.isOverlapEnd);
+        EXPECT_EQ(s.isPoint, onSegment.empty() ? 0 : 1);
+        if (!onSegment.empty()) {
+            double best = 1e300;
+            for (const Crossing& c : onSegment) {
+                best = std::min(best, std::hypot(c.point.x - reference.x, c.point.y - reference.y));
+            }
+            EXPECT_NEAR(std::hypot(s.point.x - reference.x, s.point.y - reference.y), best, 1e-9);
+        }
+    }
+}
+
+TEST(UtmatPolylines, NearestIntersectionRulesForTheReferenceAndOverlaps) {
+    const double tol = 1e-9;
+    // A level polyline crossed by a vertical segment at x = 2 and x = 6.
+    const std::vector<Point2d> line = {{0, 0}, {10, 0}};
+    const std::vector<Point2d> comb = {{2, -1}, {2, 1}, {6, 1}, {6, -1}};
+    const Point2d atCrossing{2, 0}, nearSix{5.5, 0.2};
+    Nearest n;
+    UTMAT_CalculerIntersectionPolylignePolylignePlusProche(line.data(), 2, comb.data(), 4, tol, &atCrossing, 0, &n.point,
+                                                           &n.on1, &n.on2, &n.isPoint, &n.isOverlapEnd);
+    EXPECT_EQ(n.isPoint, 1);
+    EXPECT_EQ(n.point.x, 6.0);  // the crossing at the reference itself is passed over
+    UTMAT_CalculerIntersectionPolylignePolylignePlusProche(line.data(), 2, comb.data(), 4, tol, &atCrossing, 1, &n.point,
+                                                           &n.on1, &n.on2, &n.isPoint, &n.isOverlapEnd);
+    EXPECT_EQ(n.point.x, 2.0);  // ... unless accepted
+    EXPECT_EQ(n.on1, 2.0);
+    EXPECT_EQ(n.on2, 1.0);
+    // Crossing at (8, 0), touching at (5, 0), then along the line to (4, 0): the overlap end
+    // (4, 0) is strictly nearer (3.5, 0.2) than any point; near (5.5, 0.2) the point at (5, 0)
+    // and the overlap end there tie, and the point wins.
+    const std::vector<Point2d> hook = {{8, -1}, {8, 1}, {5, 1}, {5, 0}, {4, 0}};
+    const Point2d nearFour{3.5, 0.2};
+    UTMAT_CalculerIntersectionPolylignePolylignePlusProche(line.data(), 2, hook.data(), 5, tol, &nearFour, 0, &n.point,
+                                                           &n.on1, &n.on2, &n.isPoint, &n.isOverlapEnd);
+    EXPECT_EQ(n.isOverlapEnd, 1);
+    EXPECT_EQ(n.isPoint, 0);
+    EXPECT_EQ(n.point.x, 4.0);
+    EXPECT_EQ(n.on1, 4.0);
+    EXPECT_EQ(n.on2, 7.0);  // 2 + 3 + 1 + 1 along the hook
+    UTMAT_CalculerIntersectionPolylignePolylignePlusProche(line.data(), 2, hook.data(), 5, tol, &nearSix, 0, &n.point,
+                                                           &n.on1, &n.on2, &n.isPoint, &n.isOverlapEnd);
+    EXPECT_EQ(n.isPoint, 1);
+    EXPECT_EQ(n.isOverlapEnd, 0);
+    EXPECT_EQ(n.point.x, 5.0);
+    // First intersection: the overlap from (2, 0) comes before the touch at (6, 0) and the
+    // crossing at (8, 0); a point at the same abscissa as an overlap end wins.
+    Nearest f;
+    const std::vector<Point2d> late = {{2, 0}, {6, 0}, {6, 1}, {8, 1}, {8, -1}};
+    UTMAT_CalculerPremiereIntersectionPolyligneAvecPolyligne(line.data(), 2, late.data(), 5, tol, &f.point, &f.on1,
+                                                             &f.on2, &f.isPoint, &f.isOverlapEnd);
+    EXPECT_EQ(f.isOverlapEnd, 1);
+    EXPECT_EQ(f.isPoint, 0);
+    EXPECT_EQ(f.on1, 2.0);
+    EXPECT_EQ(f.on2, 0.0);
+    UTMAT_CalculerPremiereIntersectionPolyligneAvecPolyligne(line.data(), 2, hook.data(), 5, tol, &f.point, &f.on1,
+                                                             &f.on2, &f.isPoint, &f.isOverlapEnd);
+    EXPECT_EQ(f.isOverlapEnd, 1);  // the overlap end (4, 0) at 4 comes before the touch at 5
+    EXPECT_EQ(f.isPoint, 0);
+    EXPECT_EQ(f.on1, 4.0);
+    // Nothing found, no error; null flags are refused.
+    const std::vector<Point2d> far = {{0, 5}, {10, 5}};
+    UTMAT_CalculerPremiereIntersectionPolyligneAvecPolyligne(line.data(), 2, far.data(), 2, tol, nullptr, nullptr,
+                                                             nullptr, &f.isPoint, &f.isOverlapEnd);
+    EXPECT_EQ(f.isPoint + f.isOverlapEnd, 0);
+    EXPECT_EQ(kernelError(), 0u);
+    UTMAT_CalculerIntersectionSegmentPolylignePlusProche(line.data(), comb.data(), 4, tol, &nearSix, 0, nullptr, nullptr,
+                                                         nullptr, nullptr, &n.isOverlapEnd);
+    EXPECT_EQ(kernelError(), uint32_t(ERR_FAILURE));
+}
+
+namespace {
+
+struct Parts {
+    std::vector<Point2d> first, second;
+    uint32_t error = 0;
+};
+
+Parts cutAt(const std::vector<Point2d>& profile, Point2d p, double tol = 1e-9) {
+    Point2d* first = nullptr;
+    Point2d* second = nullptr;
+    int firstCount = -1, secondCount = -1;
+    UTMAT_SegmenterPolyligne(profile.data(), int(profile.size()), &p, tol, &first, &firstCount, &second, &secondCount);
+    Parts parts;
+    parts.error = kernelError();
+    if (parts.error == 0) {
+        parts.first.assign(first, first + firstCount);
+        parts.second.assign(second, second + secondCount);
+        EXPECT_EQ(first == nullptr, firstCount == 0);
+        EXPECT_EQ(second == nullptr, secondCount == 0);
+    }
+    if (first != nullptr) MEM_LibererTableau(reinterpret_cast<void**>(&first));
+    if (second != nullptr) MEM_LibererTableau(reinterpret_cast<void**>(&second));
+    return parts;
+}
+
+bool same(Point2d a, Point2d b) { return a.x == b.x && a.y == b.y; }
+
+}  // namespace
+
+TEST(UtmatPolylines, CutPartsRejoinToTheProfileWithTheCutPointBetween) {
+    std::mt19937 random(5);
+    for (int trial = 0; trial < 50; ++trial) {
+        std::vector<Point2d> profile = randomProfile(20, 0.0, random);
+        if (trial % 2 == 1) std::reverse(profile.begin(), profile.end());  // decreasing x
+        const double lo = std::min(profile.front().x, profile.back().x), hi = std::max(profile.front().x, profile.back().x);
+        const Point2d p{lo + (hi - lo) * std::uniform_real_distribution<double>(0.01, 0.99)(random), 1000.0 + trial};
+        const Parts parts = cutAt(profile, p);
+        ASSERT_EQ(parts.error, 0u);
+        ASSERT_GE(parts.first.size(), 2u);
+        ASSERT_GE(parts.second.size(), 2u);
+        EXPECT_TRUE(same(parts.first.back(), p));
+        EXPECT_TRUE(same(parts.second.front(), p));
+        // first without P, then second without P, is the profile; P's x lies between them.
+        std::vector<Point2d> joined(parts.first.begin(), parts.first.end() - 1);
+        joined.insert(joined.end(), parts.second.begin() + 1, parts.second.end());
+        ASSERT_EQ(joined.size(), profile.size());
+        for (std::size_t k = 0; k < joined.size(); ++k) EXPECT_TRUE(same(joined[k], profile[k]));
+        const double before = parts.first[parts.first.size() - 2].x, after = parts.second[1].x;
+        EXPECT_LT(std::min(before, after), p.x);
+        EXPECT_GT(std::max(before, after), p.x);
+    }
+}
+
+TEST(UtmatPolylines, CutAtVerticesVerticalRunsEndsAndOutOfRange) {
+    const std::vector<Point2d> profile = {{0, 0}, {5, 0}, {5, 3}, {5, 6}, {10, 6}};
+    const auto expectPoints = [](const std::vector<Point2d>& got, const std::vector<Point2d>& want) {
+        ASSERT_EQ(got.size(), want.size());
+        for (std::size_t k = 0; k < got.size(); ++k) EXPECT_TRUE(same(got[k], want[k])) << k;
+    };
+    Parts parts = cutAt(profile, {5, 4});  // inside the run, between (5, 3) and (5, 6)
+    expectPoints(parts.first, {{0, 0}, {5, 0}, {5, 3}, {5, 4}});
+    expectPoints(parts.second, {{5, 4}, {5, 6}, {10, 6}});
+    parts = cutAt(profile, {5, 3});  // at a run point: not repeated
+    expectPoints(parts.first, {{0, 0}, {5, 0}, {5, 3}});
+    expectPoints(parts.second, {{5, 3}, {5, 6}, {10, 6}});
+    parts = cutAt(profile, {5, 0});  // at the foot of the run
+    expectPoints(parts.first, {{0, 0}, {5, 0}});
+    expectPoints(parts.second, {{5, 0}, {5, 3}, {5, 6}, {10, 6}});
+    parts = cutAt(profile, {5, 9});  // above the run: the whole run comes first
+    expectPoints(parts.first, {{0, 0}, {5, 0}, {5, 3}, {5, 6}, {5, 9}});
+    expectPoints(parts.second, {{5, 9}, {10, 6}});
+    parts = cutAt(profile, {7.5, 6});  // at an inner point of a segment
+    expectPoints(parts.first, {{0, 0}, {5, 0}, {5, 3}, {5, 6}, {7.5, 6}});
+    parts = cutAt(profile, {0, 1});  // at the first x: the whole profile is the second part
+    EXPECT_TRUE(parts.first.empty());
+    expectPoints(parts.second, profile);
+    parts = cutAt(profile, {10, 0});
+    expectPoints(parts.first, profile);
+    EXPECT_TRUE(parts.second.empty());
+    parts = cutAt(profile, {10.5, 0});  // beyond the range
+    EXPECT_EQ(parts.error, uint32_t(ERR_FAILURE));
+    parts = cutAt(profile, {10.5, 0}, 1.0);  // ... but within the tolerance of the last x
+    EXPECT_EQ(parts.error, 0u);
+    EXPECT_TRUE(parts.second.empty());
+    // Outputs must be empty on entry.
+    Point2d existing[1] = {{0, 0}};
+    Point2d* first = existing;
+    Point2d* second = nullptr;
+    int firstCount = 0, secondCount = 0;
+    const Point2d p{2, 0};
+    UTMAT_SegmenterPolyligne(profile.data(), 5, &p, 1e-9, &first, &firstCount, &second, &secondCount);
+    EXPECT_EQ(kernelError(), uint32_t(ERR_FAILURE));
+    EXPECT_EQ(first, existing);
+    EXPECT_EQ(second, nullptr);
+}
+
+namespace {
+
+// Distance from p to the nearest edge of a closed ring.
+double distanceToRing(const std::vector<Point2d>& ring, Point2d p) {
+    double best = 1e300;
+    for (std::size_t i = 0, j = ring.size() - 1; i < ring.size(); j = i++) {
+        const Point2d a = ring[j], b = ring[i];
+        const double vx = b.x - a.x, vy = b.y - a.y;
+        double t = ((p.x - a.x) * vx + (p.y - a.y) * vy) / (vx * vx + vy * vy);
+        t = std::max(0.0, std::min(1.0, t));
+        best = std::min(best, std::hypot(a.x + t * vx - p.x, a.y + t * vy - p.y));
+    }
+    return best;
+}
+
+int segmentInContour(Point2d a, Point2d b, const std::vector<Point2d>& ring, double tol = 1e-9) {
+    std::vector<Point2d> contour = ring;
+    contour.push_back(ring.front());
+    const Point2d segment[2] = {a, b};
+    return UTMAT_SegmentDansContour(segment, contour.data(), int(contour.size()), tol);
+}
+
+// Samples along the segment, away from the boundary, classified by even-odd containment.
+void expectAgreesWithSampling(Point2d a, Point2d b, const std::vector<Point2d>& ring) {
+    const int result = segmentInContour(a, b, ring);
+    bool inside = false, outside = false;
+    for (int k = 0; k <= 4000; ++k) {
+        const Point2d p{a.x + (b.x - a.x) * k / 4000.0, a.y + (b.y - a.y) * k / 4000.0};
+        if (distanceToRing(ring, p) < 1e-6) continue;
+        (evenOddInside(ring, p) ? inside : outside) = true;
+    }
+    const int expected = inside && outside ? UTMAT_SEGMENT_CROSSES
+                         : inside          ? UTMAT_SEGMENT_INSIDE
+                         : outside         ? UTMAT_SEGMENT_OUTSIDE
+                                           : UTMAT_SEGMENT_ON_BOUNDARY;
+    EXPECT_EQ(result, expected) << a.x << "," << a.y << " " << b.x << "," << b.y;
+}
+
+}  // namespace
+
+TEST(UtmatPolylines, SegmentInContourAgreesWithSamplingOnConvexAndConcaveContours) {
+    std::vector<Point2d> convex;
+    for (int k = 0; k < 12; ++k) convex.push_back({20 * std::cos(k * 3.14159265358979 / 6), 20 * std::sin(k * 3.14159265358979 / 6)});
+    std::vector<Point2d> star;
+    for (int k = 0; k < 14; ++k) {
+        const double r = k % 2 == 0 ? 25.0 : 9.0, angle = k * 3.14159265358979 / 7;
+        star.push_back({r * std::cos(angle), r * std::sin(angle)});
+    }
+    std::vector<Point2d> notch = {{0, 0}, {30, 0}, {30, 30}, {20, 30}, {20, 10}, {10, 10}, {10, 30}, {0, 30}};
+    std::mt19937 random(31);
+    std::uniform_real_distribution<double> coordinate(-32.0, 32.0);
+    for (const auto* ring : {&convex, &star, &notch}) {
+        for (int trial = 0; trial < 150; ++trial) {
+            expectAgreesWithSampling({coordinate(random), coordinate(random)}, {coordinate(random), coordinate(random)}, *ring);
+        }
+        // Chords between vertices, and segments from a vertex to the middle of another edge.
+        for (std::size_t i = 0; i < ring->size(); ++i) {
+            for (std::size_t j = i + 1; j < ring->size(); ++j) {
+                const Point2d a = (*ring)[i], b = (*ring)[j];
+                expectAgreesWithSampling(a, b, *ring);
+                const Point2d c = (*ring)[(j + 1) % ring->size()];
+                expectAgreesWithSampling(a, {(b.x + c.x) / 2, (b.y + c.y) / 2}, *ring);
+            }
+        }
+    }
+}
+
+TEST(UtmatPolylines, SegmentInContourAlongTheBoundary) {
+    // A square with an extra vertex on its bottom edge (two collinear edges there).
+    const std::vector<Point2d> square = {{0, 0}, {4, 0}, {10, 0}, {10, 10}, {0, 10}};
+    EXPECT_EQ(segmentInContour({1, 0}, {3, 0}, square), UTMAT_SEGMENT_ON_BOUNDARY);  // within one edge
+    EXPECT_EQ(segmentInContour({1, 0}, {9, 0}, square), UTMAT_SEGMENT_ON_BOUNDARY);  // across the collinear vertex
+    EXPECT_EQ(segmentInContour({0, 0}, {10, 0}, square), UTMAT_SEGMENT_ON_BOUNDARY); // vertex to vertex
+    EXPECT_EQ(segmentInContour({10, 0}, {10, 10}, square), UTMAT_SEGMENT_ON_BOUNDARY);
+    EXPECT_EQ(segmentInContour({5, 0}, {15, 0}, square), UTMAT_SEGMENT_OUTSIDE);     // along, then beyond
+    EXPECT_EQ(segmentInContour({0, 0}, {10, 10}, square), UTMAT_SEGMENT_INSIDE);     // diagonal
+    EXPECT_EQ(segmentInContour({5, 0}, {5, 10}, square), UTMAT_SEGMENT_INSIDE);      // edge to edge
+    EXPECT_EQ(segmentInContour({5, 0}, {10, 5}, square), UTMAT_SEGMENT_INSIDE);      // across a corner, inside
+    EXPECT_EQ(segmentInContour({5, 0}, {5, -3}, square), UTMAT_SEGMENT_OUTSIDE);     // leaving from an edge
+    EXPECT_EQ(segmentInContour({-5, 5}, {15, 5}, square), UTMAT_SEGMENT_CROSSES);
+    EXPECT_EQ(segmentInContour({2, 2}, {2, 2}, square), UTMAT_SEGMENT_INSIDE);       // zero length: its point
+    EXPECT_EQ(segmentInContour({2, 0}, {2, 0}, square), UTMAT_SEGMENT_ON_BOUNDARY);
+    // Along the inner edges of a notch, which the region lies on one side of.
+    const std::vector<Point2d> notch = {{0, 0}, {30, 0}, {30, 30}, {20, 30}, {20, 10}, {10, 10}, {10, 30}, {0, 30}};
+    EXPECT_EQ(segmentInContour({10, 20}, {10, 10}, notch), UTMAT_SEGMENT_ON_BOUNDARY);
+    EXPECT_EQ(segmentInContour({10, 20}, {20, 20}, notch), UTMAT_SEGMENT_OUTSIDE);   // across the notch
+    EXPECT_EQ(segmentInContour({5, 20}, {25, 20}, notch), UTMAT_SEGMENT_CROSSES);
+    EXPECT_EQ(segmentInContour({5, 5}, {25, 5}, notch), UTMAT_SEGMENT_INSIDE);
+    // Exact tolerance 0 still ends (the halving is bounded) and finds the boundary.
+    EXPECT_EQ(segmentInContour({1, 0}, {9, 0}, square, 0.0), UTMAT_SEGMENT_ON_BOUNDARY);
+    const Point2d segment[2] = {{0, 0}, {1, 1}};
+    EXPECT_EQ(UTMAT_SegmentDansContour(segment, nullptr, 3, 1e-9), UTMAT_SEGMENT_FAILED);
+    EXPECT_EQ(kernelError(), uint32_t(ERR_FAILURE));
 }
