@@ -277,10 +277,10 @@ TEST(UtmatOffset, RandomCentrelinesKeepTheirDistanceWithoutCrossing) {
     std::mt19937 random(21);
     std::uniform_real_distribution<double> unit(0.0, 1.0);
     int tested = 0;
-    for (int trial = 0; trial < 40; ++trial) {
+    for (int trial = 0; trial < 100; ++trial) {
         std::vector<Point2d> line{{0, 0}};
         double heading = 0.0;
-        for (int i = 0; i < 12; ++i) {
+        for (int i = 0; i < 16; ++i) {
             heading += (unit(random) - 0.5) * 2.4;  // up to about 70 degrees a vertex
             const double step = unit(random) < 0.3 ? 0.3 + unit(random) : 3 + 5 * unit(random);
             line.push_back({line.back().x + step * std::cos(heading), line.back().y + step * std::sin(heading)});
@@ -302,7 +302,7 @@ TEST(UtmatOffset, RandomCentrelinesKeepTheirDistanceWithoutCrossing) {
             }
         }
     }
-    EXPECT_GE(tested, 20);
+    EXPECT_GE(tested, 50);
 }
 
 TEST(UtmatOffset, WidthsVaryLinearlyAlongEachSegment) {

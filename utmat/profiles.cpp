@@ -726,6 +726,23 @@ kb::Vector<kb::Vector<Cut>> selfCrossings(const RawOffset& raw) {
     return cuts;
 }
 
+// Bisection between a parameter where `holds` is true and one where it is false: the last
+// parameter found to hold, to within the double's resolution (the loop is bounded).
+template <typename Holds>
+double lastKept(const Holds& holds, double kept, double dropped) {
+    constexpr int kBisections = 64;
+    for (int i = 0; i < kBisections; ++i) {
+        const double middle = (kept + dropped) / 2.0;
+        if (middle == kept || middle == dropped) break;
+        if (holds(middle)) {
+            kept = middle;
+        } else {
+            dropped = middle;
+        }
+    }
+    return kept;
+}
+
 void appendDistinct(kb::Vector<Point2d>& out, const Point2d& p) {
     if (out.empty() || out.back().x != p.x || out.back().y != p.y) out.push_back(p);
 }
@@ -745,10 +762,16 @@ kb::Vector<Point2d> cleanOffset(const RawOffset& raw, const Centreline& c) {
             const Point2d& a = along[j].at;
             const Point2d& b = along[j + 1].at;
             if (a.x == b.x && a.y == b.y) continue;
-            const Point2d middle{(a.x + b.x) / 2.0, (a.y + b.y) / 2.0};
-            if (!keepsItsDistance(c, centreGrid, middle, raw.sources[r])) continue;
-            appendDistinct(out, a);
-            appendDistinct(out, b);
+            const auto keeps = [&](double t) {
+                return keepsItsDistance(c, centreGrid, plus(a, kb::utmat::difference(a, b), t), raw.sources[r]);
+            };
+            if (!keeps(0.5)) continue;
+            // Where the piece's distance gives way near an end without a crossing (next to an
+            // end of the centreline, say), the piece is cut back to where it holds.
+            const double first = keeps(0.0) ? 0.0 : lastKept(keeps, 0.5, 0.0);
+            const double last = keeps(1.0) ? 1.0 : lastKept(keeps, 0.5, 1.0);
+            appendDistinct(out, first == 0.0 ? a : plus(a, kb::utmat::difference(a, b), first));
+            appendDistinct(out, last == 1.0 ? b : plus(a, kb::utmat::difference(a, b), last));
         }
     }
     return out;

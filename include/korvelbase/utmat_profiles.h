@@ -222,8 +222,9 @@ KB_API void UTMAT_AppliquerMasque(const Point2d* polyline, int n, const Point2d*
 
 /**
  * The circular arc of centre C and signed radius R (R > 0: travelled counter-clockwise,
- * turning left; R < 0 clockwise), at the point of the arc or of its offset curve in the
- * direction of `point` from C: T = the unit radial turned a quarter turn left (R > 0) or right
+ * turning left; R < 0 clockwise), at the point of the arc in the direction of `point` from C
+ * (a point of the arc, or of the offset curve short of the centre; an offset point past the
+ * centre lies the other way): T = the unit radial turned a quarter turn left (R > 0) or right
  * (R < 0), factor 1 + d/R (the offset curve is the concentric arc of radius |R| + d for R > 0,
  * |R| - d for R < 0, and the factor that radius over |R|, negative past the centre).  R = 0 or
  * not finite, or point = C: ERR_FAILURE, nothing written.
