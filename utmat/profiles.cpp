@@ -264,19 +264,6 @@ double distanceToSegment(const Point3d& p, const Point3d& a, const Point3d& b) {
     return kb::utmat::norm(Point3d{ap.x - s * ab.x, ap.y - s * ab.y, ap.z - s * ab.z});
 }
 
-// The capsule of two neighbouring groups.  A point of a child lies within the child's radius of
-// the child's segment, and every point of that segment lies within the larger of its two ends'
-// distances from the new segment (distance to a segment is convex), hence the bound.
-Capsule mergeCapsules(const Capsule& left, const Capsule& right) {
-    Capsule m{left.first, right.last, 0.0};
-    const auto spread = [&](const Capsule& c) {
-        return c.radius + std::fmax(distanceToSegment(c.first, m.first, m.last),
-                                    distanceToSegment(c.last, m.first, m.last));
-    };
-    m.radius = std::fmax(spread(left), spread(right));
-    return m;
-}
-
 // True only when every point of the group certainly passes the point-in-tunnel rule: the
 // largest distance from the axis over the capsule is at most that of its ends plus the radius
 // (convexity again), the largest distance from A likewise.
@@ -291,29 +278,33 @@ bool capsuleCertainlyInside(const Tunnel& t, const Capsule& c) {
 }
 
 // The points dropped since the anchor, as a forest of groups whose sizes are decreasing powers
-// of two (a binary counter), each group a binary tree of capsules.  allInside answers "does
-// every point pass the tunnel rule?" exactly as testing each point would: a group whose capsule
-// is certainly inside is accepted whole; otherwise its first and last points are tested exactly
+// of two (a binary counter), each group a binary tree of capsules; a capsule's radius is the
+// largest distance of its points from its segment, measured when two groups merge (each point
+// is measured once per level: O(m log m) in all for m points).  allInside answers "does every
+// point pass the tunnel rule?" exactly as testing each point would: a group whose capsule is
+// certainly inside is accepted whole; otherwise its first and last points are tested exactly
 // (one outside settles the answer) and its two halves are examined.  On a straight or gently
-// curving run the answer costs O(log m) for m points; near the tunnel's edges it descends to
-// single points, never visiting more than the 2m - 1 nodes.
+// curving run the answer costs O(log m); near the tunnel's edges it descends to single points,
+// never visiting more than the 2m - 1 nodes.
 class DroppedRun {
 public:
     void clear() {
+        points_.clear();
         nodes_.clear();
         roots_.clear();
     }
 
     void append(const Point3d& p) {
-        nodes_.push_back({Capsule{p, p, 0.0}, -1, -1, 1});
+        const int index = static_cast<int>(points_.size());
+        points_.push_back(p);
+        nodes_.push_back({Capsule{p, p, 0.0}, -1, -1, index, index + 1});
         roots_.push_back(static_cast<int>(nodes_.size()) - 1);
-        while (roots_.size() >= 2 && node(roots_.back()).size == node(roots_[roots_.size() - 2]).size) {
+        while (roots_.size() >= 2 && size(node(roots_.back())) == size(node(roots_[roots_.size() - 2]))) {
             const int right = roots_.back();
             roots_.pop_back();
             const int left = roots_.back();
             roots_.pop_back();
-            nodes_.push_back({mergeCapsules(node(left).capsule, node(right).capsule), left, right,
-                              node(left).size + node(right).size});
+            nodes_.push_back(merged(left, right));
             roots_.push_back(static_cast<int>(nodes_.size()) - 1);
         }
     }
@@ -325,7 +316,7 @@ public:
             pending_.pop_back();
             if (capsuleCertainlyInside(t, n.capsule)) continue;
             if (!tunnelContains(t, n.capsule.first) || !tunnelContains(t, n.capsule.last)) return false;
-            if (n.size <= 2) continue;  // its points are its first and last
+            if (size(n) <= 2) continue;  // its points are its first and last
             pending_.push_back(n.left);
             pending_.push_back(n.right);
         }
@@ -337,10 +328,24 @@ private:
         Capsule capsule;
         int left;
         int right;
-        int size;
+        int begin;  // the node's points: points_[begin .. end)
+        int end;
     };
     const Node& node(int id) const { return nodes_[static_cast<std::size_t>(id)]; }
+    static int size(const Node& n) { return n.end - n.begin; }
 
+    Node merged(int left, int right) const {
+        Node m{Capsule{node(left).capsule.first, node(right).capsule.last, 0.0}, left, right, node(left).begin,
+               node(right).end};
+        for (int k = m.begin; k < m.end; ++k) {
+            const double d = distanceToSegment(points_[static_cast<std::size_t>(k)], m.capsule.first, m.capsule.last);
+            // A NaN point (kept in the run by a flag the caller left at 1) spoils the bound.
+            m.capsule.radius = std::isnan(d) ? INFINITY : std::fmax(m.capsule.radius, d);
+        }
+        return m;
+    }
+
+    kb::Vector<Point3d> points_;
     kb::Vector<Node> nodes_;
     kb::Vector<int> roots_;
     kb::Vector<int> pending_;
