@@ -445,6 +445,12 @@ TEST(UtmatMask, LineThroughASquareGivesOnePieceInsideAndTwoOutside) {
     ASSERT_EQ(out.pieces.size(), 2u);
     expectPoints(out.pieces[0], {{-5, 5}, {0, 5}});
     expectPoints(out.pieces[1], {{10, 5}, {15, 5}});
+    // Along an edge: the boundary belongs to the region.
+    const std::vector<Point2d> edge{{-5, 0}, {15, 0}};
+    const Pieces onEdge = mask(edge, square, 1);
+    ASSERT_EQ(onEdge.pieces.size(), 1u);
+    expectPoints(onEdge.pieces[0], {{0, 0}, {10, 0}});
+    EXPECT_EQ(mask(edge, square, 0).pieces.size(), 2u);
 }
 
 }  // namespace

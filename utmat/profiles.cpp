@@ -438,7 +438,7 @@ Box boxAround(const Point2d& a, const Point2d& b, double grow) {
 // a long row of cells).  visit calls back every segment whose cell range meets a box, once.
 class SegmentGrid {
 public:
-    SegmentGrid(const Point2d* points, int segments) : points_(points), segments_(segments) {
+    SegmentGrid(const Point2d* points, int segments) : segments_(segments) {
         Box all{INFINITY, INFINITY, -INFINITY, -INFINITY};
         for (int k = 0; k < segments; ++k) {
             const Box b = boxAround(points[k], points[k + 1], 0.0);
@@ -487,7 +487,8 @@ private:
     static int cellIndex(double v, double lo, double hi, int count) {
         if (!(hi > lo)) return 0;
         const double f = std::floor((v - lo) / (hi - lo) * count);
-        return f < 0 ? 0 : (f >= count ? count - 1 : static_cast<int>(f));
+        if (!(f > 0.0)) return 0;  // below the grid, or NaN
+        return f >= count ? count - 1 : static_cast<int>(f);
     }
     template <typename Visit>
     void forCells(const Box& box, Visit visitCell) const {
@@ -502,7 +503,6 @@ private:
         }
     }
 
-    const Point2d* points_;
     int segments_;
     Box bounds_{0, 0, 0, 0};
     int columns_ = 1;
@@ -785,6 +785,12 @@ kb::Vector<Point2d> cleanOffset(const RawOffset& raw, const Centreline& c) {
 // The offset of a centreline into a block array; false (error word set) on failure.
 bool offsetPolyline(const Point2d* p, int n, const double* widths, double width, const OffsetStyle& style,
                     Point2d** out, int* count) {
+    for (int k = 0; k < n; ++k) {
+        if (!std::isfinite(p[k].x) || !std::isfinite(p[k].y)) {
+            raiseError();
+            return false;
+        }
+    }
     const Centreline c = makeCentreline(p, n, widths, width);
     if (c.points.size() < 2) {
         raiseError();
@@ -797,8 +803,6 @@ bool offsetPolyline(const Point2d* p, int n, const double* widths, double width,
 }
 
 // ---- masks --------------------------------------------------------------------------------------
-
-constexpr int kInsideContour = 1;
 
 // The contour closed: its first point repeated at the end when the caller did not.
 kb::Vector<Point2d> closedContour(const Point2d* contour, int m) {
@@ -825,6 +829,22 @@ bool contourCuts(const Point2d* segment, const kb::Vector<Point2d>& contour, dou
     std::sort(cuts.begin(), cuts.end());
     cuts.erase(std::unique(cuts.begin(), cuts.end()), cuts.end());
     return true;
+}
+
+// Even-odd rule with half-open edges (an edge counts when exactly one of its ends lies strictly
+// above p), so that a vertex or a level edge at p's height is counted consistently.  The
+// kernel's contour test is asked only whether p lies on the boundary: it counts a level edge at
+// the ray's height as a crossing, which would misplace a point on the extension of such an edge.
+bool insideByCrossings(const Point2d& p, const kb::Vector<Point2d>& closed) {
+    bool inside = false;
+    for (std::size_t k = 0; k + 1 < closed.size(); ++k) {
+        const Point2d& a = closed[k];
+        const Point2d& b = closed[k + 1];
+        if ((a.y > p.y) == (b.y > p.y)) continue;
+        const double x = a.x + (p.y - a.y) * (b.x - a.x) / (b.y - a.y);
+        if (p.x < x) inside = !inside;
+    }
+    return inside;
 }
 
 // The kept pieces: all their points one after the other, and the number of points of each.
@@ -858,7 +878,7 @@ bool maskPolyline(const Point2d* p, int n, const kb::Vector<Point2d>& contour, i
             const Point2d middle = plus(p[k], run, (cuts[j] + cuts[j + 1]) / 2.0);
             const int where = UTMAT_PointDansContour(&middle, contour.data(), static_cast<int>(contour.size()), tol);
             if (failed()) return false;
-            const bool inside = where == kInsideContour || where < 0;  // the boundary belongs to the region
+            const bool inside = where < 0 || insideByCrossings(middle, contour);  // the boundary belongs to the region
             if (inside == (keepInside != 0)) {
                 pieces.keep(a, b);
             } else {

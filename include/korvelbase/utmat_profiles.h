@@ -168,7 +168,7 @@ KB_API int UTMAT_VerifierTriangleInterpolation(const Point2d* p1, const Point2d*
  * repeats.  Cost: O(n log n)-like through grids of segments (self-crossings and nearest-part
  * queries look only at nearby segments).  Failures (ERR_FAILURE, *count 0, nothing
  * allocated): null pointers, *offset not null, an unknown join, a round join without a
- * positive chord tolerance, a non-finite d, fewer than 2 distinct points, memory.
+ * positive chord tolerance, a non-finite d or point, fewer than 2 distinct points, memory.
  */
 KB_API void UTMAT_TranslationComplexePolyligne(const Point2d* polyline, int n, double distance, int join,
                                                double chordTolerance, Point2d** offset,
@@ -194,8 +194,10 @@ KB_API void UTMAT_TranslationPolyligneParEpaisseurs(const Point2d* polyline, int
  * contour of m >= 3 points (closed by its first point when the last differs).  Every segment
  * of the polyline is cut where it meets the contour (UTMAT_CalculerIntersectionSegmentPolyligne
  * at tol, collinear overlaps cut at their ends) and each sub-segment is classified by its
- * middle (UTMAT_PointDansContour at tol); the contour's region is closed: a middle on the
- * boundary (within tol) counts as inside.  Consecutive kept sub-segments form one piece.
+ * middle: on the boundary (UTMAT_PointDansContour at tol gives a negative result) counts as
+ * inside, the region being closed; otherwise the even-odd rule with half-open edges decides
+ * (not UTMAT_PointDansContour's count, which takes a level edge at the ray's height for a
+ * crossing).  Consecutive kept sub-segments form one piece.
  * Results, two new block arrays (both addresses must hold null on entry; release with
  * MEM_LibererTableau): *points holds every piece's points one piece after the other, and
  * *pieceSizes the number of points of each piece (each >= 2); *pieceCount the number of
