@@ -383,7 +383,8 @@ void simplifyByTunnel(const Point3d* p, int n, double width, double length, int 
 constexpr double kJunctionSolverPrecision = 1e-5;
 constexpr double kJunctionAngleTolerance = 1e-6;
 
-Point2d along(const Point2d& p, const Point2d& u, double t) { return {p.x + t * u.x, p.y + t * u.y}; }
+// p + scale v.
+Point2d plus(const Point2d& p, const Point2d& v, double scale) { return {p.x + scale * v.x, p.y + scale * v.y}; }
 
 // Of two roots of the junction's quadratic: the one between 0 and the bound when exactly one
 // is, otherwise the larger.  The bound is the shorter distance from P1 or P2 to the meeting
@@ -526,8 +527,6 @@ constexpr double kNearestSlack = 1e-9;
 constexpr double kCoordinateSlack = 1e-12;
 
 Point2d rightNormal(const Point2d& unitDirection) { return {unitDirection.y, -unitDirection.x}; }
-
-Point2d plus(const Point2d& p, const Point2d& v, double scale) { return {p.x + scale * v.x, p.y + scale * v.y}; }
 
 Point2d rotated(const Point2d& v, double angle) {
     const double c = std::cos(angle);
@@ -993,8 +992,8 @@ void UTMAT_CalculerPointInterpolation(const Point2d* p1, const Point2d* u1, cons
     double t = roots[0];
     if (count == 2 && !chooseJunctionRoot(*p1, *u1, *p2, *u2, roots, t)) return;
     kb::storeOptional(tangentLength, t);
-    const Point2d q1 = along(*p1, *u1, t);
-    const Point2d q2 = along(*p2, *u2, -t);
+    const Point2d q1 = plus(*p1, *u1, t);
+    const Point2d q2 = plus(*p2, *u2, -t);
     *junction = {(q1.x + q2.x) / 2.0, (q1.y + q2.y) / 2.0};
     *direction = kb::utmat::unit(kb::utmat::difference(q1, q2));
 }
