@@ -284,10 +284,14 @@ bool capsuleCertainlyInside(const Tunnel& t, const Capsule& c) {
 // point pass the tunnel rule?" exactly as testing each point would: a group whose capsule is
 // certainly inside is accepted whole; otherwise its first and last points are tested exactly
 // (one outside settles the answer) and its two halves are examined.  On a straight or gently
-// curving run the answer costs O(log m); near the tunnel's edges it descends to single points,
-// never visiting more than the 2m - 1 nodes.
+// curving run the answer costs O(log m); near the tunnel's edges it descends to the small
+// groups, never testing a point more than the walk back would, plus two per group visited.
 class DroppedRun {
 public:
+    // Groups of up to this many points are tested point by point and keep no halves (a quarter
+    // of the nodes a tree down to single points would need).
+    static constexpr int kLeafPoints = 8;
+
     void clear() {
         points_.clear();
         nodes_.clear();
@@ -304,7 +308,13 @@ public:
             roots_.pop_back();
             const int left = roots_.back();
             roots_.pop_back();
-            nodes_.push_back(merged(left, right));
+            Node m = merged(left, right);
+            if (size(m) <= kLeafPoints) {
+                // A small group keeps no halves: its parts are the last two nodes; drop them.
+                m.left = m.right = -1;
+                nodes_.resize(nodes_.size() - 2);
+            }
+            nodes_.push_back(m);
             roots_.push_back(static_cast<int>(nodes_.size()) - 1);
         }
     }
@@ -315,8 +325,13 @@ public:
             const Node& n = node(pending_.back());
             pending_.pop_back();
             if (capsuleCertainlyInside(t, n.capsule)) continue;
+            if (n.left < 0) {
+                for (int k = n.begin; k < n.end; ++k) {
+                    if (!tunnelContains(t, points_[static_cast<std::size_t>(k)])) return false;
+                }
+                continue;
+            }
             if (!tunnelContains(t, n.capsule.first) || !tunnelContains(t, n.capsule.last)) return false;
-            if (size(n) <= 2) continue;  // its points are its first and last
             pending_.push_back(n.left);
             pending_.push_back(n.right);
         }
