@@ -133,6 +133,26 @@ TEST(UtmatTunnel, LongNoisyLineInOneTunnelAgreesWithTheReference) {
     EXPECT_EQ(tunnel(p, 0.02, 1e9, 0), expected);
 }
 
+TEST(UtmatTunnel, LongRunsOnAGentleCurveAgreeWithTheReference) {
+    // Runs of a few hundred points end where the arc's sagitta reaches the half-width: many
+    // groups of dropped points straddle the tunnel's edge.
+    std::mt19937 random(9);
+    std::uniform_real_distribution<double> jitter(-0.001, 0.001);
+    std::vector<Point3d> p;
+    for (int i = 0; i < 6000; ++i) {
+        const double a = i / 5000.0;
+        p.push_back({5000 * std::sin(a) + jitter(random), 5000 * (1 - std::cos(a)) + jitter(random), 0.02 * i});
+    }
+    for (const int mode : {0, 2}) {
+        std::vector<int32_t> expected(p.size(), 0);
+        referenceTunnel(p, 0.5, 1e9, mode, expected);
+        EXPECT_EQ(tunnel(p, 0.5, 1e9, mode), expected) << mode;
+        int dropped = 0;
+        for (const int32_t f : expected) dropped += f;
+        EXPECT_GT(dropped, 5000);
+    }
+}
+
 TEST(UtmatTunnel, RefusesNullArguments) {
     const Point3d a{0, 0, 0};
     int32_t flag = 7;
@@ -281,9 +301,9 @@ TEST(UtmatOffset, RandomCentrelinesKeepTheirDistanceWithoutCrossing) {
     for (int trial = 0; trial < 100; ++trial) {
         std::vector<Point2d> line{{0, 0}};
         double heading = 0.0;
-        for (int i = 0; i < 16; ++i) {
-            heading += (unit(random) - 0.5) * 2.4;  // up to about 70 degrees a vertex
-            const double step = unit(random) < 0.3 ? 0.3 + unit(random) : 3 + 5 * unit(random);
+        for (int i = 0; i < 20; ++i) {
+            heading += (unit(random) - 0.5) * 2.6;  // up to about 75 degrees a vertex
+            const double step = unit(random) < 0.4 ? 0.1 + unit(random) : 2 + 5 * unit(random);
             line.push_back({line.back().x + step * std::cos(heading), line.back().y + step * std::sin(heading)});
         }
         if (selfIntersects(line)) continue;

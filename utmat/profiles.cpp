@@ -722,27 +722,69 @@ struct Cut {
     Point2d at;
 };
 
+// Where segments r and q of a polyline meet (parameters along each, both in [0, 1]); false when
+// they do not or are parallel.
+bool segmentsMeet(const Point2d* line, int r, int q, double& t, double& u) {
+    const Point2d& p = line[r];
+    const Point2d& o = line[q];
+    return meetLines(p, kb::utmat::difference(p, line[r + 1]), o, kb::utmat::difference(o, line[q + 1]), t, u) &&
+           t >= 0.0 && t <= 1.0 && u >= 0.0 && u <= 1.0;
+}
+
+Box segmentBox(const Point2d* line, int r) { return boxAround(line[r], line[r + 1], 0.0); }
+
 // Cuts every raw segment where a non-adjacent raw segment crosses it.
 kb::Vector<kb::Vector<Cut>> selfCrossings(const RawOffset& raw) {
     const int segments = static_cast<int>(raw.points.size()) - 1;
     kb::Vector<kb::Vector<Cut>> cuts(static_cast<std::size_t>(segments));
-    SegmentGrid grid(raw.points.data(), segments);
+    const Point2d* line = raw.points.data();
+    SegmentGrid grid(line, segments);
     for (int r = 0; r < segments; ++r) {
-        const Point2d& p = raw.points[static_cast<std::size_t>(r)];
-        const Point2d run = kb::utmat::difference(p, raw.points[static_cast<std::size_t>(r) + 1]);
-        grid.visit(boxAround(p, raw.points[static_cast<std::size_t>(r) + 1], 0.0), [&](int q) {
-            if (q <= r + 1) return;
-            const Point2d& o = raw.points[static_cast<std::size_t>(q)];
-            const Point2d otherRun = kb::utmat::difference(o, raw.points[static_cast<std::size_t>(q) + 1]);
+        grid.visit(segmentBox(line, r), [&](int q) {
             double t = 0.0;
             double u = 0.0;
-            if (!meetLines(p, run, o, otherRun, t, u) || t < 0.0 || t > 1.0 || u < 0.0 || u > 1.0) return;
-            const Point2d at = plus(p, run, t);
+            if (q <= r + 1 || !segmentsMeet(line, r, q, t, u)) return;
+            const Point2d at = plus(line[r], kb::utmat::difference(line[r], line[r + 1]), t);
             cuts[static_cast<std::size_t>(r)].push_back({t, at});
             cuts[static_cast<std::size_t>(q)].push_back({u, at});
         });
     }
     return cuts;
+}
+
+// The first crossing of two non-adjacent segments (the lowest r, then the lowest q); false when
+// the polyline does not cross itself.
+bool firstSelfCrossing(const kb::Vector<Point2d>& polyline, int& r, int& q, Point2d& at) {
+    const int segments = static_cast<int>(polyline.size()) - 1;
+    const Point2d* line = polyline.data();
+    SegmentGrid grid(line, segments);
+    for (r = 0; r < segments; ++r) {
+        q = -1;
+        grid.visit(segmentBox(line, r), [&](int other) {
+            double t = 0.0;
+            double u = 0.0;
+            if (other <= r + 1 || (q >= 0 && other >= q) || !segmentsMeet(line, r, other, t, u)) return;
+            q = other;
+            at = plus(line[r], kb::utmat::difference(line[r], line[r + 1]), t);
+        });
+        if (q >= 0) return true;
+    }
+    return false;
+}
+
+// Kept pieces that do not meet are joined straight, and at a hairpin narrower than the offset
+// such a join can cross another piece: the loop it closes is cut out at the crossing, the first
+// crossing first.  Each cut removes at least one point, which bounds the passes.
+void dropRemainingLoops(kb::Vector<Point2d>& line) {
+    const std::size_t passes = line.size();
+    for (std::size_t pass = 0; pass < passes; ++pass) {
+        int r = 0;
+        int q = 0;
+        Point2d at{0.0, 0.0};
+        if (!firstSelfCrossing(line, r, q, at)) return;
+        line.erase(line.begin() + r + 1, line.begin() + q + 1);
+        line.insert(line.begin() + r + 1, at);
+    }
 }
 
 // Bisection between a parameter where `holds` is true and one where it is false: the last
@@ -793,6 +835,7 @@ kb::Vector<Point2d> cleanOffset(const RawOffset& raw, const Centreline& c) {
             appendDistinct(out, last == 1.0 ? b : plus(a, kb::utmat::difference(a, b), last));
         }
     }
+    dropRemainingLoops(out);
     return out;
 }
 

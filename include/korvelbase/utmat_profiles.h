@@ -160,11 +160,15 @@ KB_API int UTMAT_VerifierTriangleInterpolation(const Point2d* p1, const Point2d*
  *    these loops are dropped: the raw offset is cut at all its self-crossings and a piece is
  *    kept only when the part of the centreline it was built from (its segment, or the vertex
  *    of its corner) is the nearest part of the centreline to the piece's middle, within a
- *    relative 1e-9.  Kept pieces are chained in order; where the centreline comes back within
- *    2|d| of itself (a hairpin narrower than the offset) pieces that do not meet are joined by
- *    a straight segment.
- * So every kept point of the offset lies at |d| from the centreline, except mitre points (at
- * |d| from both segments' lines) and bevel or bridge ends.  d = 0 gives the centreline without
+ *    relative 1e-9 (a piece whose distance gives way towards an end without a crossing, next
+ *    to an end of the centreline, is cut back by bisection to where it holds).  Kept pieces
+ *    are chained in order; where the centreline comes back within 2|d| of itself (a hairpin
+ *    narrower than the offset) pieces that do not meet are joined by a straight segment, and
+ *    a loop such a join closes is cut out at its first crossing (at most one pass per point),
+ *    so the result does not cross itself.
+ * So the points of the offset lie at |d| from the centreline (at least |d| minus the chord
+ * tolerance on rounded corners), except mitre points (at |d| from both segments' lines),
+ * bevel ends, and the crossing points of such joins at a hairpin.  d = 0 gives the centreline without
  * repeats.  Cost: O(n log n)-like through grids of segments (self-crossings and nearest-part
  * queries look only at nearby segments).  Failures (ERR_FAILURE, *count 0, nothing
  * allocated): null pointers, *offset not null, an unknown join, a round join without a
