@@ -2,7 +2,8 @@
  * KorvelBase geometry kernel: profiles and polylines.  The difference of two profiles, the
  * tunnel simplification of a 3-D polyline, the purge of repeated points, the junction point of
  * two directions, offsets of a centreline, masks by a closed contour, tangents of offset curves
- * and the circle-triangle test.  Each group below states its own conventions.
+ * and the circle-triangle test.  Each group below states its own conventions.  All of them
+ * report through the kernel error word (UTMAT_GetErreur): use them from one thread at a time.
  *
  * Profile difference.
  *
@@ -87,6 +88,7 @@ KB_API int utmat_PointEstDansTunnel(const Point3d* a, const Point3d* b, const Po
  * relative 1e-10 and testing single points otherwise; the flags are exactly those of the point
  * by point walk.  A straight or gently curving run costs O(log m) per point for m dropped
  * points (O(n log n) for a whole line in one tunnel); at worst a point costs the walk itself.
+ * Working memory: about 60 bytes per dropped point of the current run.
  * Null points or flags: ERR_FAILURE.  n < 1: nothing.  Working memory that cannot be had:
  * ERR_FAILURE, flags partly written.
  */
