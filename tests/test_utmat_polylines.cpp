@@ -13,10 +13,17 @@
 
 namespace {
 
+uint32_t kernelError() {
+    uint32_t error = 0, detail = 0;
+    UTMAT_GetErreur(&error, &detail);
+    return error;
+}
+
 struct Found {
     std::vector<Point2d> points;
     std::vector<double> on1, on2;
     int overlaps = 0;
+    bool failed = false;  // a pair the primitive refused ends the walk
 };
 
 // Every pair in order with the library's segment primitive; duplicates dropped as specified.
@@ -36,6 +43,10 @@ Found bruteForce(const std::vector<Point2d>& a, const std::vector<Point2d>& b, d
             Point2d p;
             double t1, t2;
             UTMAT_CalculerIntersectionSegmentSegment(&a[i], &b[k], tol, &pf, &p, &t1, &t2, &of, nullptr, nullptr, nullptr);
+            if (kernelError() != 0) {
+                f.failed = true;
+                return f;
+            }
             if (of) ++f.overlaps;
             if (pf && perSegment < 50) {
                 bool duplicate = false;
@@ -94,6 +105,30 @@ TEST(UtmatPolylines, PolylineIntersectionsMatchTheBruteForceWalk) {
         }
         if (trial == 3) {
             EXPECT_EQ(pc, 50);  // the cut-off per segment of polyline 1
+        }
+    }
+}
+
+TEST(UtmatPolylines, ANaNVertexInEitherPolylineGivesTheBruteForcePoints) {
+    std::mt19937 random(45);
+    for (int trial = 0; trial < 6; ++trial) {
+        std::vector<Point2d> a = randomWalk(70, random, 10.0);
+        std::vector<Point2d> b = randomWalk(90, random, 10.0);
+        std::vector<Point2d>& spoilt = trial % 2 == 0 ? a : b;
+        spoilt[spoilt.size() / 2 + trial].y = std::nan("");
+        const Found expected = bruteForce(a, b, 1e-9);
+        UtDonneesIntersection request{a.data(), int(a.size()), b.data(), int(b.size()), 1e-9, 10000, nullptr, nullptr};
+        std::vector<Point2d> points(10000);
+        std::vector<double> on1(10000), on2(10000);
+        int pf = -1, pc = -1, of = -1, oc = -1;
+        UTMAT_CalculerIntersectionPolylignePolyligne(&request, &pf, &pc, points.data(), on1.data(), on2.data(), &of,
+                                                     &oc, nullptr, nullptr, nullptr);
+        EXPECT_TRUE(expected.failed) << trial;  // the primitive refuses a NaN segment
+        EXPECT_EQ(kernelError(), uint32_t(ERR_FAILURE)) << trial;
+        ASSERT_EQ(pc, int(expected.points.size())) << trial;
+        for (int k = 0; k < pc; ++k) {
+            EXPECT_EQ(points[k].x, expected.points[k].x) << trial << " " << k;
+            EXPECT_EQ(points[k].y, expected.points[k].y);
         }
     }
 }
@@ -276,12 +311,6 @@ std::vector<double> xOf(const std::vector<Point2d>& p) {
     std::vector<double> x;
     for (const Point2d& q : p) x.push_back(q.x);
     return x;
-}
-
-uint32_t kernelError() {
-    uint32_t error = 0, detail = 0;
-    UTMAT_GetErreur(&error, &detail);
-    return error;
 }
 
 struct WalkResult {

@@ -254,10 +254,14 @@ bool zeroLength(const Point2d* segment) { return planLength(segment) == 0.0; }
 // meeting point, so that a pair is set aside only when the primitive would find nothing.
 constexpr double kRejectionMargin = 0x1p-30;
 
+// The largest coordinate magnitude of two segments; NaN when any coordinate is NaN.
 double largestMagnitude(const Point2d* a, const Point2d* b) {
     double m = 0.0;
     for (int e = 0; e < 2; ++e) {
-        m = std::max({m, std::fabs(a[e].x), std::fabs(a[e].y), std::fabs(b[e].x), std::fabs(b[e].y)});
+        for (const double v : {a[e].x, a[e].y, b[e].x, b[e].y}) {
+            if (std::isnan(v)) return v;
+            m = std::max(m, std::fabs(v));
+        }
     }
     return m;
 }
@@ -393,7 +397,12 @@ struct Box {
     }
 };
 
+// The box of a segment grown by `grow`; a NaN coordinate gives the whole plane, so that the
+// segment stays a candidate for every query and the primitive gets to see (and refuse) it.
 Box boxOf(const Point2d& a, const Point2d& b, double grow) {
+    if (std::isnan(a.x) || std::isnan(a.y) || std::isnan(b.x) || std::isnan(b.y)) {
+        return {-INFINITY, -INFINITY, INFINITY, INFINITY};
+    }
     return {std::fmin(a.x, b.x) - grow, std::fmin(a.y, b.y) - grow, std::fmax(a.x, b.x) + grow,
             std::fmax(a.y, b.y) + grow};
 }
@@ -449,8 +458,11 @@ public:
 private:
     static int cellIndex(double v, double lo, double hi, int count) {
         if (!(hi > lo)) return 0;
+        // A box with a NaN side (a vertex with a NaN coordinate) meets no other box; any cell
+        // will do, as long as the index is never made from NaN.
         const double f = std::floor((v - lo) / (hi - lo) * count);
-        return f < 0 ? 0 : (f >= count ? count - 1 : static_cast<int>(f));
+        if (!(f > 0)) return 0;
+        return f >= count ? count - 1 : static_cast<int>(f);
     }
     template <typename Visit>
     void forCells(const Box& box, Visit visit) const {
@@ -631,7 +643,8 @@ void polylineAgainstPolyline(const Point2d* pts1, int n1, const Point2d* pts2, i
         StoredPoints scratchStored(tol, scale, scratch.points);
         grid.candidates(boxOf(s[0], s[1], std::fabs(tol)), candidates);
         segmentWithPolyline(s, pts2, n2, starts2, &candidates, 0.0, tol, scratch, scratchStored, scratchOverlaps);
-        if (failed()) return;
+        // What was found before a refused pair is kept, as the walk of a single segment keeps it.
+        const bool refused = failed();
         for (int k = 0; k < scratchCount; ++k) {
             appendPoint(out.points, stored, scratchPoints[k], scratchOn1[k] + along1, scratchOn2[k]);
         }
@@ -641,6 +654,7 @@ void polylineAgainstPolyline(const Point2d* pts1, int n1, const Point2d* pts2, i
             const double on2[2] = {scratchEndsOn2[2 * k], scratchEndsOn2[2 * k + 1]};
             appendOverlap(out.overlaps, ends, on1, on2);
         }
+        if (refused) return;
         along1 += planLength(s);
         if (bothComplete(out.points, out.overlaps)) break;
     }

@@ -10,7 +10,8 @@
  * a crossing at a shared vertex is reported once; overlaps are not deduplicated (the duplicate
  * test goes through a hash of tolerance cells, so its cost does not grow with the number of
  * points stored).  Appending stops at the capacity.  Failures go to the kernel error word
- * (a failing primitive or allocation ends the call with the results gathered so far).
+ * (a failing primitive, as on a NaN coordinate, or a failed allocation ends the call with the
+ * results gathered so far).
  * Threads: the kernel is for one thread at a time; the nearest- and first-intersection queries
  * moreover share process-wide scratch storage, so their calls must never overlap.
  */
