@@ -26,7 +26,7 @@ struct Found {
     bool failed = false;  // a pair the primitive refused ends the walk
 };
 
-// Every pair in order with the library's segment primitive; duplicates dropped as specified.
+// Every pair in order with the library's segment primitive; a point within the tolerance of one already kept is dropped.
 Found bruteForce(const std::vector<Point2d>& a, const std::vector<Point2d>& b, double tol) {
     Found f;
     double along1 = 0.0;
