@@ -26,7 +26,8 @@ struct Found {
     bool failed = false;  // a pair the primitive refused ends the walk
 };
 
-// Every pair in order with the library's segment primitive; a point within the tolerance of one already kept is dropped.
+// Every pair in order with the library's segment primitive; a point within the tolerance of one
+// already kept is dropped.
 Found bruteForce(const std::vector<Point2d>& a, const std::vector<Point2d>& b, double tol) {
     Found f;
     double along1 = 0.0;
